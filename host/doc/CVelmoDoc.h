@@ -1,0 +1,76 @@
+#pragma once
+// The in-memory document: tables, objects, views and the settings that affect an import.
+#include "host/doc/CVelmoLayerTable.h"
+#include "host/doc/CVelmoLinetypeTable.h"
+#include "host/doc/CVelmoObject.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+enum class VmLengthUnit { Millimeters, Centimeters, Meters, Inches, Feet, Points };
+
+class CVelmoView {
+public:
+    explicit CVelmoView(const wchar_t* name, int type = 1) : m_name(name), m_type(type) {}
+    const GK_wString& Name() const { return m_name; }
+    int ViewType() const { return m_type; } // 1 model view, 2 page view
+    int ExtentsFitCount() const { return m_fits; }
+    void NoteExtentsFit() { ++m_fits; }
+
+private:
+    GK_wString m_name;
+    int m_type;
+    int m_fits = 0;
+};
+
+class CVelmoDoc {
+public:
+    CVelmoDoc();
+    CVelmoDoc(const CVelmoDoc&) = delete;
+    CVelmoDoc& operator=(const CVelmoDoc&) = delete;
+
+    CVelmoLayerTable& LayerTable() { return m_layers; }
+    const CVelmoLayerTable& LayerTable() const { return m_layers; }
+    CVelmoLinetypeTable& LinetypeTable() { return m_linetypes; }
+    const CVelmoLinetypeTable& LinetypeTable() const { return m_linetypes; }
+
+    // Takes the object over. Returns false, and deletes it, when it has no valid geometry or
+    // names a layer that does not exist.
+    bool AddObject(CVelmoObject* object, bool referenceObject = false, bool inHistory = false);
+    int ObjectCount() const { return static_cast<int>(m_objects.size()); }
+    const CVelmoObject& Object(int index) const { return *m_objects[index]; }
+
+    double AbsoluteTolerance() const { return m_tolerance; }
+    void SetAbsoluteTolerance(double tolerance) { m_tolerance = tolerance; }
+    VmLengthUnit ModelUnits() const { return m_modelUnits; }
+    void SetModelUnits(VmLengthUnit units) { m_modelUnits = units; }
+    VmLengthUnit PageUnits() const { return m_pageUnits; }
+    void SetPageUnits(VmLengthUnit units) { m_pageUnits = units; }
+
+    // The views of the given type (0 for all); returns their count.
+    int GetViewList(std::vector<CVelmoView*>& views, int typeFilter) const;
+    const std::vector<std::unique_ptr<CVelmoView>>& Views() const { return m_views; }
+    void Redraw() { ++m_redraws; }
+    int RedrawCount() const { return m_redraws; }
+
+    bool IsHeadless() const { return m_headless; }
+    void SetHeadless(bool headless) { m_headless = headless; }
+
+private:
+    GK_UUID NewId() { return GK_UUID::FromSerial(++m_serial); }
+
+    std::uint64_t m_serial = 0;
+    CVelmoLayerTable m_layers;
+    CVelmoLinetypeTable m_linetypes;
+    std::vector<std::unique_ptr<CVelmoObject>> m_objects;
+    std::vector<std::unique_ptr<CVelmoView>> m_views;
+    double m_tolerance = 0.001;
+    VmLengthUnit m_modelUnits = VmLengthUnit::Millimeters;
+    VmLengthUnit m_pageUnits = VmLengthUnit::Millimeters;
+    int m_redraws = 0;
+    bool m_headless = false;
+};
+
+// Zooms a view to the extents of the document.
+bool VelmoDollyExtents(CVelmoView* view, bool allViews);

@@ -1,0 +1,41 @@
+#pragma once
+// The document's layers: a flat table in which a layer names its parent by id.
+#include "host/doc/GK_Layer.h"
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+class CVelmoLayerTable {
+public:
+    explicit CVelmoLayerTable(std::function<GK_UUID()> newId);
+
+    int LayerCount() const { return static_cast<int>(m_layers.size()); }
+    const GK_Layer& operator[](int index) const { return m_layers[index]; }
+    GK_Layer* Layer(int index) {
+        return index >= 0 && index < LayerCount() ? &m_layers[index] : nullptr;
+    }
+
+    int CurrentLayerIndex() const { return m_current; }
+    const GK_Layer& CurrentLayer() const { return m_layers[m_current]; }
+    bool SetCurrentLayerIndex(int index);
+
+    // The index of the layer with that name (compared without regard to case) under that
+    // parent, or -1. The layer at `ignoreIndex` is passed over; an index outside the table
+    // ignores nothing.
+    int FindLayerFromParentAndName(const GK_UUID& parentId, const wchar_t* name,
+                                   int ignoreIndex) const;
+    int FindLayerFromId(const GK_UUID& id) const;
+    // Properties of a new layer: black, visible, unlocked, no name, no parent.
+    void GetDefaultLayerProperties(GK_Layer& layer) const;
+    // Adds a layer and returns its index, or -1 when its name is empty or already used by a
+    // sibling, or its parent does not exist. A nil id gets a fresh one.
+    int AddLayer(const GK_Layer& layer, bool reference = false);
+    // "Parent::Child" names from the top of the tree.
+    GK_wString FullPathName(int index) const;
+
+private:
+    std::vector<GK_Layer> m_layers;
+    int m_current = 0;
+    std::function<GK_UUID()> m_newId;
+};

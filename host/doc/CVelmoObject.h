@@ -1,0 +1,63 @@
+#pragma once
+// Document objects and their attributes.
+#include "host/doc/GK_Color.h"
+#include "host/geometry/GK_Curve.h"
+
+#include <memory>
+
+class GK_3dmObjectAttributes {
+public:
+    enum ColorSource { color_from_layer = 0, color_from_object = 1 };
+    enum LinetypeSource { linetype_from_layer = 0, linetype_from_object = 1 };
+    enum PlotWeightSource { plot_weight_from_layer = 0, plot_weight_from_object = 1 };
+
+    int m_layer_index = 0;
+    GK_Color m_color;
+    ColorSource m_color_source = color_from_layer;
+    int m_linetype_index = -1;
+    LinetypeSource m_linetype_source = linetype_from_layer;
+    double m_plot_weight_mm = 0.0;
+    PlotWeightSource m_plot_weight_source = plot_weight_from_layer;
+
+    void Default() { *this = GK_3dmObjectAttributes(); }
+    void SetColorSource(ColorSource source) { m_color_source = source; }
+    void SetLinetypeSource(LinetypeSource source) { m_linetype_source = source; }
+    void SetPlotWeightSource(PlotWeightSource source) { m_plot_weight_source = source; }
+};
+
+class CVelmoObjectAttributes : public GK_3dmObjectAttributes {};
+
+class CVelmoObject {
+public:
+    enum Kind { curve_object, hatch_object, text_object, picture_object };
+
+    virtual ~CVelmoObject() = default;
+    virtual Kind ObjectKind() const = 0;
+    virtual const GK_Geometry* Geometry() const = 0;
+
+    const CVelmoObjectAttributes& Attributes() const { return m_attributes; }
+    void SetAttributes(const CVelmoObjectAttributes& attributes) { m_attributes = attributes; }
+    bool IsReference() const { return m_reference; }
+    void SetReference(bool reference) { m_reference = reference; }
+
+private:
+    CVelmoObjectAttributes m_attributes;
+    bool m_reference = false;
+};
+
+class CVelmoCurveObject : public CVelmoObject {
+public:
+    CVelmoCurveObject() = default;
+    explicit CVelmoCurveObject(const CVelmoObjectAttributes& attributes) {
+        SetAttributes(attributes);
+    }
+    Kind ObjectKind() const override { return curve_object; }
+    const GK_Geometry* Geometry() const override { return m_curve.get(); }
+
+    // Takes the curve over.
+    void SetCurve(GK_Curve* curve) { m_curve.reset(curve); }
+    const GK_Curve* Curve() const { return m_curve.get(); }
+
+private:
+    std::unique_ptr<GK_Curve> m_curve;
+};
