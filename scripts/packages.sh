@@ -1,0 +1,20 @@
+# Installs the Debian packages the build needs, when some are missing. Sourced by the
+# other scripts.
+TARQUIL_PACKAGES="cmake ninja-build g++ clang-format zlib1g-dev libgtest-dev
+  nlohmann-json3-dev libcli11-dev libfontconfig-dev libbenchmark-dev"
+
+tarquil_install_packages() {
+    local missing=""
+    for p in $TARQUIL_PACKAGES; do
+        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" ||
+            missing="$missing $p"
+    done
+    [ -z "$missing" ] && return 0
+    echo "Installing:$missing"
+    local sudo=""
+    [ "$(id -u)" -ne 0 ] && sudo="sudo"
+    export DEBIAN_FRONTEND=noninteractive
+    $sudo apt-get update -qq
+    # shellcheck disable=SC2086
+    $sudo apt-get install -y -qq --no-install-recommends $missing
+}
