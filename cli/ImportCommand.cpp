@@ -1,0 +1,199 @@
+#include "cli/ImportCommand.h"
+
+#include "cli/DocumentJson.h"
+#include "cli/DocumentSvg.h"
+#include "cli/JsonText.h"
+#include "cli/ScriptedOptions.h"
+#include "cli/SettingsStore.h"
+#include "cli/UsageError.h"
+#include "host/base/GK_String.h"
+#include "host/ui/CVelmoApp.h"
+#include "host/ui/VmMessages.h"
+#include "host/ui/VmUiDriver.h"
+#include "shell/CQuillonPlugIn.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace {
+
+std::string LowerAscii(std::string text) {
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    return text;
+}
+
+// "-" is standard output. False, with the reason in `error`, when the text did not get out.
+bool WriteOutput(const std::string& target, const std::string& text, std::string& error) {
+    if (target == "-") {
+        std::cout << text;
+        std::cout.flush();
+        if (!std::cout)
+            error = "cannot write to standard output";
+        return static_cast<bool>(std::cout);
+    }
+    std::ofstream out(target, std::ios::binary | std::ios::trunc);
+    if (!out) {
+        error = "cannot open " + target + " for writing";
+        return false;
+    }
+    out << text;
+    out.flush();
+    if (!out)
+        error = "cannot write " + target;
+    return static_cast<bool>(out);
+}
+
+void CheckArguments(const ImportArguments& args) {
+    if (args.jsonOut == "-" && args.svgOut == "-")
+        throw UsageError("--json and --svg cannot both write to standard output");
+}
+
+// The modeller runs without windows unless a person is there to answer.
+void SetUpUserInterface(const ImportArguments& args, CVelmoDoc& doc,
+                        const nlohmann::json& answers) {
+    VmUi().Reset();
+    VmUi().SetScript(answers);
+    if (args.pages)
+        VmUi().SetStringAnswer(*args.pages);
+    VelmoApp().SetHeadless(!args.interactive);
+    doc.SetHeadless(!args.interactive);
+    if (args.interactive)
+        VmUi().SetTerminal(&std::cin, &std::cerr);
+    VmMessages().Clear();
+    VmMessages().SetEcho(args.quiet ? nullptr : &std::cerr);
+}
+
+CVelmoFileReadOptions MakeReadOptions(const ImportArguments& args) {
+    CVelmoFileReadOptions options;
+    options.SetMode(CVelmoFileReadOptions::BatchModeFlag, args.batch);
+    options.SetMode(CVelmoFileReadOptions::FitViewsFlag, args.fitViews);
+    options.SetMode(CVelmoFileReadOptions::ReferenceObjectsFlag, args.reference);
+    options.SetNoUserInterfaceQuestions(args.noQuestions);
+    ApplyScriptedOptions(args.options, options.OptionsDictionary());
+    return options;
+}
+
+} // namespace
+
+CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args) {
+    CLI::App* cmd = parent.add_subcommand("import", "Import a PDF, AI or EPS file into a new "
+                                                    "document and report what it holds");
+    cmd->add_option("FILE", args.input, "The drawing to import")->required();
+    cmd->add_option("--type", args.type,
+                    "Read the file as pdf, ai or eps (default: by its extension; unknown "
+                    "extensions are read as pdf)")
+        ->check(CLI::IsMember({"pdf", "ai", "eps"}, CLI::ignore_case));
+    cmd->add_option("--option", args.options,
+                    "KEY=VALUE or KEY:TYPE=VALUE (TYPE bool, int, double or string): an entry "
+                    "of the options a script passes to the importer; repeatable")
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false);
+    cmd->add_flag("--batch", args.batch, "Run in batch mode, as a script does");
+    cmd->add_flag("--fit-views", args.fitViews, "Ask the importer to fit the views afterwards");
+    cmd->add_flag("--reference", args.reference, "Import as reference objects");
+    cmd->add_flag("--no-questions", args.noQuestions, "Tell the importer not to ask anything");
+    cmd->add_flag("--interactive", args.interactive,
+                  "Ask questions on this terminal once the --answers run out (otherwise every "
+                  "unanswered question takes its default)");
+    cmd->add_option("--answers", args.answersPath,
+                    "JSON file with a list of answers to prompts and dialogs, used in order")
+        ->type_name("FILE");
+    cmd->add_option("--pages", args.pages,
+                    "The text to type at the page prompt of multi-page files")
+        ->type_name("LIST");
+    cmd->add_option("--settings", args.settings,
+                    "Settings file kept between runs, or 'none' (default: "
+                    "$XDG_CONFIG_HOME/tarquil/settings.json or "
+                    "$HOME/.config/tarquil/settings.json)")
+        ->type_name("FILE");
+    cmd->add_option("--json", args.jsonOut, "Write the document as JSON ('-': standard output)")
+        ->type_name("OUT");
+    cmd->add_option("--svg", args.svgOut, "Write the document as SVG ('-': standard output)")
+        ->type_name("OUT");
+    cmd->add_flag("--quiet", args.quiet, "Do not echo the importer's messages on standard error");
+    cmd->footer("Keys with a fixed type: PreserveModelScale, ImportFillsAsHatches, LoadText "
+                "(bool); PdfUnits, AiUnits, EpsUnits (int); VelmoScale, PDFScale, AiScale, "
+                "EpsScale (double). Other values are typed by their form.\n"
+                "Exit status: 0 imported, 1 the import failed, 2 usage error.");
+    return cmd;
+}
+
+int FormatIndexFor(const std::string& type, const std::string& path) {
+    std::string t = LowerAscii(type);
+    if (t.empty()) {
+        const std::size_t slash = path.find_last_of("/\\");
+        const std::size_t dot = path.find_last_of('.');
+        if (dot != std::string::npos && (slash == std::string::npos || dot > slash))
+            t = LowerAscii(path.substr(dot + 1));
+    }
+    if (t == "ai")
+        return 1;
+    if (t == "eps")
+        return 2;
+    return 0;
+}
+
+nlohmann::json ReadAnswersFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+        throw UsageError("--answers: cannot read " + path);
+    std::stringstream text;
+    text << in.rdbuf();
+    const nlohmann::json answers = nlohmann::json::parse(text.str(), nullptr, false);
+    if (answers.is_discarded())
+        throw UsageError("--answers: " + path + " is not valid JSON");
+    if (!answers.is_array())
+        throw UsageError("--answers: " + path + " must hold a JSON list of answers");
+    return answers;
+}
+
+int RunImport(const ImportArguments& args) {
+    // Everything the user could have got wrong is checked before anything is read or
+    // written, so a usage error leaves no trace.
+    CheckArguments(args);
+    const int formatIndex = FormatIndexFor(args.type, args.input);
+    const CVelmoFileReadOptions options = MakeReadOptions(args);
+    const nlohmann::json answers =
+        args.answersPath.empty() ? nlohmann::json::array() : ReadAnswersFile(args.answersPath);
+    const auto settingsPath = ResolveSettingsPath(args.settings, std::getenv);
+    if (!settingsPath && args.settings != "none")
+        std::cerr << "tarquil: warning: neither XDG_CONFIG_HOME nor HOME is set; the settings "
+                     "are neither loaded nor saved\n";
+
+    CVelmoDoc doc;
+    SetUpUserInterface(args, doc, answers);
+
+    // The modeller loads a plug-in once before its first use, then hands it its settings.
+    CQuillonPlugIn& plugIn = ThePlugIn();
+    if (plugIn.OnLoadPlugIn() != CVelmoPlugIn::load_success) {
+        std::cerr << "tarquil: error: the importer did not load\n";
+        return 1;
+    }
+    SettingsStore settings(settingsPath);
+    settings.Load(plugIn, std::cerr);
+
+    const std::wstring path = VmWideFromBytes(args.input);
+    const int result = VelmoReadFile(plugIn, path.c_str(), formatIndex, doc, options);
+
+    settings.Save(plugIn, std::cerr);
+    plugIn.OnUnloadPlugIn();
+
+    bool written = true;
+    std::string error;
+    if (!args.jsonOut.empty()) {
+        if (!WriteOutput(args.jsonOut,
+                         JsonText(DocumentToJson(doc, result, VmMessages().Messages())), error)) {
+            std::cerr << "tarquil: error: " << error << "\n";
+            written = false;
+        }
+    }
+    if (!args.svgOut.empty() && !WriteOutput(args.svgOut, DocumentToSvg(doc), error)) {
+        std::cerr << "tarquil: error: " << error << "\n";
+        written = false;
+    }
+    return result == 1 && written ? 0 : 1;
+}

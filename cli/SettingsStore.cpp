@@ -1,0 +1,57 @@
+#include "cli/SettingsStore.h"
+
+#include "host/base/GK_String.h"
+
+#include <ostream>
+
+namespace {
+
+// XDG asks that a relative value be ignored, as if it were not set.
+std::optional<std::string> Directory(const EnvironmentLookup& getenv, const char* name) {
+    const char* value = getenv(name);
+    if (!value || !*value || value[0] != '/')
+        return std::nullopt;
+    return std::string(value);
+}
+
+} // namespace
+
+std::optional<std::string> ResolveSettingsPath(const std::string& option,
+                                               const EnvironmentLookup& getenv) {
+    if (option == "none")
+        return std::nullopt;
+    if (!option.empty())
+        return option;
+    if (const auto config = Directory(getenv, "XDG_CONFIG_HOME"))
+        return *config + "/tarquil/settings.json";
+    if (const auto home = Directory(getenv, "HOME"))
+        return *home + "/.config/tarquil/settings.json";
+    return std::nullopt;
+}
+
+std::wstring PlugInSettingsSection(const CVelmoPlugIn& plugIn) {
+    return VmWideFromUtf8(plugIn.PlugInGuid().ToString());
+}
+
+void SettingsStore::Load(CVelmoPlugIn& plugIn, std::ostream& warnings) {
+    if (!m_path)
+        return;
+    std::string error;
+    if (!m_context.ReadFile(*m_path, &error) && !error.empty()) {
+        // Writing over it later would throw away whatever the user still wants from it.
+        m_damaged = true;
+        warnings << "tarquil: warning: " << error << "; it will not be overwritten\n";
+    }
+    plugIn.LoadSettings(PlugInSettingsSection(plugIn).c_str(), m_context);
+}
+
+bool SettingsStore::Save(CVelmoPlugIn& plugIn, std::ostream& warnings) {
+    if (!m_path || m_damaged)
+        return true;
+    plugIn.SaveSettings(PlugInSettingsSection(plugIn).c_str(), m_context);
+    std::string error;
+    if (m_context.WriteFileAtomic(*m_path, &error))
+        return true;
+    warnings << "tarquil: warning: the settings were not saved: " << error << "\n";
+    return false;
+}

@@ -1,0 +1,60 @@
+#include "cli/TarquilApp.h"
+
+#include "cli/ImportCommand.h"
+#include "cli/UsageError.h"
+#include "host/base/GK_String.h"
+#include "shell/CQuillonPlugIn.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <string>
+
+#ifndef TARQUIL_VERSION
+#error "TARQUIL_VERSION must come from the build"
+#endif
+
+namespace {
+
+std::string VersionText() {
+    const CQuillonPlugIn& plugIn = ThePlugIn();
+    return std::string("tarquil ") + TARQUIL_VERSION + "\n" +
+           VmUtf8FromWide(plugIn.PlugInTitle() ? plugIn.PlugInTitle() : L"") + " " +
+           VmUtf8FromWide(plugIn.PlugInVersionText() ? plugIn.PlugInVersionText() : L"");
+}
+
+} // namespace
+
+int RunTarquil(int argc, const char* const* argv) {
+    CLI::App app("Imports PDF, AI and EPS drawings outside Velmo, with the importer it uses, "
+                 "and reports the document that results.",
+                 "tarquil");
+    app.set_version_flag("--version", VersionText, "Print the version and exit");
+    app.footer("Run 'tarquil COMMAND --help' for the options of a command.\n"
+               "Exit status: 0 success, 1 the import failed, 2 usage error.");
+
+    ImportArguments importArgs;
+    CLI::App* import = AddImportCommand(app, importArgs);
+    // Later commands (inspect, ...) are added here the same way.
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        app.exit(e);
+        return kExitUsage;
+    }
+
+    try {
+        if (import->parsed())
+            return RunImport(importArgs);
+    } catch (const UsageError& e) {
+        std::cerr << "tarquil: error: " << e.what() << "\n"
+                  << "Run with --help for more information.\n";
+        return kExitUsage;
+    }
+
+    std::cerr << app.help();
+    return kExitUsage;
+}

@@ -1,0 +1,242 @@
+#include "cli/DocumentJson.h"
+#include "cli/DocumentSvg.h"
+#include "cli/JsonText.h"
+
+#include "host/doc/CVelmoDoc.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <locale>
+#include <regex>
+#include <string>
+#include <vector>
+
+namespace {
+
+// Just enough of an XML reader to hold the writer to well-formedness: matching tags, quoted
+// attributes, and '<' or '&' only where they belong.
+struct Element {
+    std::string name, attributes;
+    int parent = -1;
+    std::string Attr(const std::string& key) const {
+        std::smatch m;
+        const std::regex re("(?:^|\\s)" + key + "=\"([^\"]*)\"");
+        return std::regex_search(attributes, m, re) ? m[1].str() : std::string("<none>");
+    }
+};
+
+std::vector<Element> ParseXml(const std::string& xml) {
+    static const std::regex tag(R"(<(/?)([A-Za-z][\w:-]*)((?:\s+[\w:-]+="[^"<]*")*)\s*(/?)>)");
+    static const std::regex text(R"(^([^<&]|&(amp|lt|gt|quot|apos);)*$)");
+    static const std::regex entities(R"(^([^&]|&(amp|lt|gt|quot|apos);)*$)");
+    EXPECT_EQ(xml.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n", 0), 0u);
+    std::vector<Element> elements;
+    std::vector<int> open;
+    std::size_t at = xml.find("?>") + 2;
+    for (std::sregex_iterator it(xml.begin() + at, xml.end(), tag), end; it != end; ++it) {
+        const std::smatch& m = *it;
+        const std::string between = xml.substr(at, (m[0].first - xml.begin()) - at);
+        EXPECT_TRUE(std::regex_match(between, text)) << between;
+        at = m[0].second - xml.begin();
+        EXPECT_TRUE(std::regex_match(m[3].str(), entities)) << m[3];
+        if (m[1] == "/") {
+            EXPECT_FALSE(open.empty());
+            if (!open.empty() && elements[open.back()].name == m[2])
+                open.pop_back();
+            else
+                ADD_FAILURE() << "unmatched " << m[0];
+            continue;
+        }
+        EXPECT_TRUE(!open.empty() || elements.empty()) << "a second root: " << m[0];
+        elements.push_back({m[2], m[3], open.empty() ? -1 : open.back()});
+        if (m[4] != "/")
+            open.push_back(static_cast<int>(elements.size()) - 1);
+    }
+    EXPECT_EQ(xml.find_first_not_of(" \n", at), std::string::npos) << "text after the root";
+    EXPECT_TRUE(open.empty()) << "unclosed elements";
+    return elements;
+}
+
+const Element* LayerGroup(const std::vector<Element>& elements, const std::string& name) {
+    for (const Element& e : elements)
+        if (e.name == "g" && e.Attr("data-name") == name)
+            return &e;
+    return nullptr;
+}
+
+// The numbers of a path or a viewBox, in order.
+std::vector<double> Numbers(const std::string& text) {
+    static const std::regex number(R"(-?[0-9][0-9.e+-]*)");
+    std::vector<double> out;
+    for (std::sregex_iterator it(text.begin(), text.end(), number), end; it != end; ++it)
+        out.push_back(std::stod(it->str()));
+    return out;
+}
+
+CVelmoCurveObject* Curve(GK_Curve* curve, int layer, const GK_Color* own = nullptr) {
+    CVelmoObjectAttributes attributes;
+    attributes.m_layer_index = layer;
+    if (own) {
+        attributes.m_color = *own;
+        attributes.SetColorSource(GK_3dmObjectAttributes::color_from_object);
+    }
+    auto* object = new CVelmoCurveObject(attributes);
+    object->SetCurve(curve);
+    return object;
+}
+
+int AddLayer(CVelmoDoc& doc, const wchar_t* name, GK_Color color, const GK_UUID& parent = {},
+             bool visible = true) {
+    GK_Layer layer;
+    layer.SetName(name);
+    layer.SetColor(color);
+    layer.SetParentId(parent);
+    layer.SetVisible(visible);
+    return doc.LayerTable().AddLayer(layer);
+}
+
+TEST(DocumentSvg, LayersNestColoursAndTheFittedBox) {
+    CVelmoDoc doc;
+    const int outline = AddLayer(doc, L"Outline", GK_Color(0, 64, 200));
+    const int inner = AddLayer(doc, L"Inner", GK_Color(1, 2, 3), doc.LayerTable()[outline].Id());
+    const int hidden = AddLayer(doc, L"Hidden", GK_Color(9, 9, 9), {}, false);
+    const GK_Color red(255, 0, 0);
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 0, 0}, {10, 5, 0}), outline)));
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 0, 0}, {0, 5, 0}), inner, &red)));
+    // Far away, but hidden: it must not stretch the picture.
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({1000, 1000, 0}, {2000, 1000, 0}), hidden)));
+
+    const std::vector<Element> xml = ParseXml(DocumentToSvg(doc));
+    ASSERT_FALSE(xml.empty());
+    EXPECT_EQ(xml[0].name, "svg");
+    EXPECT_EQ(xml[0].Attr("xmlns"), "http://www.w3.org/2000/svg");
+    const Element* outer = LayerGroup(xml, "Outline");
+    const Element* child = LayerGroup(xml, "Inner");
+    const Element* off = LayerGroup(xml, "Hidden");
+    ASSERT_TRUE(outer && child && off && LayerGroup(xml, "Default"));
+    EXPECT_EQ(&xml[child->parent], outer);
+    EXPECT_EQ(off->Attr("display"), "none");
+    EXPECT_EQ(outer->Attr("display"), "<none>");
+
+    std::vector<const Element*> paths;
+    for (const Element& e : xml)
+        if (e.name == "path")
+            paths.push_back(&e);
+    ASSERT_EQ(paths.size(), 3u);
+    // y is negated; the colour is the layer's unless the object has its own.
+    EXPECT_EQ(paths[0]->Attr("d"), "M 0 0 L 10 -5");
+    EXPECT_EQ(paths[0]->Attr("stroke"), "#0040c8");
+    EXPECT_EQ(paths[1]->Attr("d"), "M 0 0 L 0 -5");
+    EXPECT_EQ(paths[1]->Attr("stroke"), "#ff0000");
+    EXPECT_EQ(&xml[paths[1]->parent], child);
+    EXPECT_EQ(paths[2]->Attr("vector-effect"), "non-scaling-stroke");
+
+    // x 0..10 and y 0..5 with a margin; the top edge in picture coordinates is at -5.
+    const std::vector<double> box = Numbers(xml[0].Attr("viewBox"));
+    ASSERT_EQ(box.size(), 4u);
+    const double margin = -box[0];
+    EXPECT_TRUE(margin > 0.0 && margin < 1.0) << margin;
+    EXPECT_EQ(box, (std::vector<double>{-margin, -5 - margin, 10 + 2 * margin, 5 + 2 * margin}));
+
+    // An empty document gets a default box.
+    EXPECT_EQ(Numbers(ParseXml(DocumentToSvg(CVelmoDoc()))[0].Attr("viewBox")),
+              (std::vector<double>{0, -100, 100, 100}));
+}
+
+TEST(DocumentSvg, TextIsEscaped) {
+    CVelmoDoc doc;
+    AddLayer(doc, L"A&B <\"x\"> 'y' \x01 \u00e9", GK_Color());
+    const std::string svg = DocumentToSvg(doc);
+    ParseXml(svg);
+    EXPECT_NE(svg.find("data-name=\"A&amp;B &lt;&quot;x&quot;&gt; &apos;y&apos; \xef\xbf\xbd "
+                       "\xc3\xa9\""),
+              std::string::npos)
+        << svg;
+    EXPECT_EQ(XmlEscape(L"a\tb\nc\U0001F600"), "a\tb\nc\xf0\x9f\x98\x80");
+    EXPECT_EQ(XmlEscape(std::wstring(1, static_cast<wchar_t>(0xFFFE))), "\xef\xbf\xbd");
+}
+
+TEST(DocumentSvg, BezierSpansBecomeCurveCommands) {
+    GK_NurbsCurve cubic(3, false, 4, 4), quadratic(3, false, 3, 3);
+    const GK_3dPoint c[] = {{0, 0, 0}, {1, 2, 0}, {3, 2, 0}, {4, 0, 0}};
+    for (int i = 0; i < 4; ++i)
+        cubic.SetCV(i, c[i]);
+    for (int i = 0; i < 3; ++i)
+        quadratic.SetCV(i, c[i]);
+    cubic.MakeClampedUniformKnotVector();
+    quadratic.MakeClampedUniformKnotVector();
+    EXPECT_EQ(CurvePathData(cubic), "M 0 0 C 1 -2 3 -2 4 0");
+    EXPECT_EQ(CurvePathData(quadratic), "M 0 0 Q 1 -2 3 -2");
+
+    // Two cubic spans meeting at a triple knot.
+    GK_NurbsCurve twoSpans(3, false, 4, 7);
+    const double knots[] = {0, 0, 0, 1, 1, 1, 3, 3, 3};
+    for (int i = 0; i < 9; ++i)
+        twoSpans.SetKnot(i, knots[i]);
+    for (int i = 0; i < 7; ++i)
+        twoSpans.SetCV(i, GK_3dPoint(i, i % 2, 0));
+    EXPECT_EQ(CurvePathData(twoSpans), "M 0 0 C 1 -1 2 0 3 -1 C 4 0 5 -1 6 0");
+
+    // A chain is one path, closed where it comes back to its start.
+    GK_PolyCurve chain;
+    chain.Append(new GK_LineCurve({4, 0, 0}, {4, 4, 0}));
+    GK_SimpleArray<GK_3dPoint> corner;
+    for (const GK_3dPoint& p : {GK_3dPoint(4, 4, 0), GK_3dPoint(0, 4, 0), GK_3dPoint(0, 0, 0)})
+        corner.Append(p);
+    chain.Append(new GK_PolylineCurve(corner));
+    chain.Append(cubic.DuplicateCurve());
+    EXPECT_EQ(CurvePathData(chain), "M 4 0 L 4 -4 L 0 -4 L 0 0 C 1 -2 3 -2 4 0 Z");
+}
+
+TEST(DocumentSvg, OtherSplinesAreSampledOnTheCurve) {
+    // A rational quarter circle: every sample lies on the unit circle.
+    GK_NurbsCurve arc(3, true, 3, 3);
+    const double w = std::sqrt(0.5);
+    arc.SetCV(0, GK_4dPoint{1, 0, 0, 1});
+    arc.SetCV(1, GK_4dPoint{w, w, 0, w});
+    arc.SetCV(2, GK_4dPoint{0, 1, 0, 1});
+    arc.MakeClampedUniformKnotVector();
+    const std::string d = CurvePathData(arc);
+    EXPECT_EQ(d.find_first_of("CQZ"), std::string::npos);
+    const std::vector<double> xy = Numbers(d);
+    ASSERT_GE(xy.size(), 32u);
+    for (std::size_t i = 0; i + 1 < xy.size(); i += 2)
+        EXPECT_NEAR(std::hypot(xy[i], xy[i + 1]), 1.0, 1e-12);
+    EXPECT_EQ(xy.front(), 1.0);
+    EXPECT_EQ(xy.back(), -1.0);
+
+    // Uniform knots are not Bezier spans: sampled, hitting the inner knot exactly.
+    GK_NurbsCurve spline(3, false, 4, 5);
+    for (int i = 0; i < 5; ++i)
+        spline.SetCV(i, GK_3dPoint(i, i * i, 0));
+    spline.MakeClampedUniformKnotVector();
+    const std::string sd = CurvePathData(spline);
+    EXPECT_EQ(sd.find('C'), std::string::npos);
+    const GK_3dPoint k = spline.PointAt(1.0);
+    const std::vector<double> s = Numbers(sd);
+    bool hitKnot = false;
+    for (std::size_t i = 0; i + 1 < s.size(); i += 2)
+        hitKnot = hitKnot || (s[i] == k.x && s[i + 1] == -k.y);
+    EXPECT_TRUE(hitKnot) << sd;
+    EXPECT_EQ(std::vector<double>(s.end() - 2, s.end()), (std::vector<double>{4, -16}));
+}
+
+// A decimal comma in the global locale must not reach either writer.
+struct CommaDecimal : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+};
+
+TEST(DocumentSvg, OutputIgnoresTheGlobalLocale) {
+    CVelmoDoc doc;
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0.5, 1234.25, 0}, {2, 3, 0}), 0)));
+    const std::locale previous =
+        std::locale::global(std::locale(std::locale::classic(), new CommaDecimal));
+    const std::string svg = DocumentToSvg(doc);
+    const std::string json = JsonText(DocumentToJson(doc, 1, {}));
+    std::locale::global(previous);
+    EXPECT_NE(svg.find("M 0.5 -1234.25 L 2 -3"), std::string::npos) << svg;
+    EXPECT_NE(json.find("[0.5, 1234.25, 0.0]"), std::string::npos) << json;
+}
+
+} // namespace

@@ -1,0 +1,213 @@
+// Runs the built `tarquil` program as a user would and checks what it leaves behind.
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using json = nlohmann::json;
+using tarquil::test::ReadFileBytes;
+
+const std::string kProgram = TARQUIL_BINARY_DIR "/cli/tarquil";
+
+std::string Quote(const std::string& s) {
+    std::string q = "'";
+    for (char c : s)
+        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return q + "'";
+}
+
+const std::string kLines = Quote(TARQUIL_TEST_DATA "/cli/lines.ai");
+
+// A folder of its own per test, which also stands in for the user's home and config
+// folders so that no run touches the real ones.
+class ProgramTest : public ::testing::Test {
+protected:
+    struct Result {
+        int status = -1;
+        std::string out, err;
+        json Json() const { return json::parse(out, nullptr, false); }
+    };
+
+    void SetUp() override {
+        static std::atomic<int> counter{0};
+        m_dir = fs::temp_directory_path() /
+                ("tarquil-cli-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
+        fs::remove_all(m_dir);
+        fs::create_directories(m_dir / "home");
+        fs::create_directories(m_dir / "config");
+        ASSERT_TRUE(fs::exists(kProgram)) << "build the tarquil target first";
+    }
+    void TearDown() override {
+        std::error_code ec;
+        fs::remove_all(m_dir, ec);
+    }
+
+    Result Run(const std::string& arguments) {
+        const std::string command = "env XDG_CONFIG_HOME=" + Path("config") +
+                                    " HOME=" + Path("home") + " " + Quote(kProgram) + " " +
+                                    arguments + " >" + Path("stdout") + " 2>" + Path("stderr") +
+                                    " </dev/null";
+        const int raw = std::system(command.c_str());
+        return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, ReadFileBytes(m_dir / "stdout"),
+                ReadFileBytes(m_dir / "stderr")};
+    }
+    // Quoted, for the command line.
+    std::string Path(const std::string& name) const { return Quote((m_dir / name).string()); }
+    std::string Write(const std::string& name, const std::string& text) const {
+        std::ofstream(m_dir / name, std::ios::binary) << text;
+        return Path(name);
+    }
+    json ReadJson(const std::string& name) const {
+        return json::parse(ReadFileBytes(m_dir / name), nullptr, false);
+    }
+    fs::path DefaultSettings() const { return m_dir / "config" / "tarquil" / "settings.json"; }
+
+    fs::path m_dir;
+};
+
+TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
+    Result r = Run("--help");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_NE(r.out.find("import"), std::string::npos) << r.out;
+    r = Run("import --help");
+    EXPECT_EQ(r.status, 0);
+    for (const char* option :
+         {"--type", "--option", "--batch", "--fit-views", "--reference", "--no-questions",
+          "--interactive", "--answers", "--pages", "--settings", "--json", "--svg", "--quiet"})
+        EXPECT_NE(r.out.find(option), std::string::npos) << option;
+    r = Run("--version");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out.rfind("tarquil 0.", 0), 0u) << r.out;
+    r = Run("");
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("import"), std::string::npos) << "help goes with the error";
+
+    const std::string notAList = Write("object.json", "{\"ImportScale\": 2}");
+    for (const std::string& bad : std::vector<std::string>{
+             "import", kLines, "export " + kLines, "import " + kLines + " --type svg",
+             "import " + kLines + " --option AiUnits=mm", "import " + kLines + " --option NoValue",
+             "import " + kLines + " --answers " + Path("missing.json"),
+             "import " + kLines + " --answers " + notAList,
+             "import " + kLines + " --json - --svg -", "import " + kLines + " --no-such-option"}) {
+        r = Run(bad);
+        EXPECT_EQ(r.status, 2) << bad << "\n" << r.err;
+        EXPECT_FALSE(r.err.empty()) << bad;
+        EXPECT_TRUE(r.out.empty()) << bad;
+    }
+    EXPECT_NE(Run("import " + kLines + " --option AiUnits=mm").err.find("AiUnits=mm"),
+              std::string::npos);
+    // A usage error stops before anything is read or written.
+    EXPECT_FALSE(fs::exists(DefaultSettings()));
+}
+
+TEST_F(ProgramTest, MissingInputFailsWithAReport) {
+    const Result r = Run("import " + Path("missing.pdf") + " --json " + Path("out.json") +
+                         " --svg " + Path("out.svg"));
+    EXPECT_EQ(r.status, 1) << r.err;
+    const json report = ReadJson("out.json");
+    EXPECT_EQ(report["result"], 0);
+    EXPECT_TRUE(report["objects"].empty());
+    ASSERT_FALSE(report["messages"].empty());
+    EXPECT_EQ(report["messages"][0]["kind"], "box");
+    EXPECT_NE(r.err.find("Error"), std::string::npos) << "the box is echoed";
+    EXPECT_NE(ReadFileBytes(m_dir / "out.svg").find("</svg>"), std::string::npos);
+}
+
+TEST_F(ProgramTest, ReportsOnStandardOutputAndModeFlags) {
+    Result r = Run("import " + kLines + " --json -");
+    EXPECT_EQ(r.status, 0) << r.err;
+    const json report = r.Json();
+    ASSERT_EQ(report["objects"].size(), 3u) << r.out;
+    EXPECT_EQ(report["result"], 1);
+    EXPECT_EQ(report["objects"][1]["curve"]["type"], "nurbs");
+    EXPECT_EQ(report["objects"][2]["curve"]["type"], "polycurve");
+    EXPECT_EQ(report["layers"][1]["color"], json({200, 40, 60}));
+    EXPECT_EQ(report["views"]["fits"], 0);
+    EXPECT_EQ(report["objects"][0]["reference"], false);
+    EXPECT_NE(r.err.find("Imported 3 curves"), std::string::npos) << r.err;
+    // Without options the drawing is fitted to the default screen, 40 units across.
+    const json& line = report["objects"][0]["curve"]["points"];
+    EXPECT_NEAR(line[1][0].get<double>() - line[0][0].get<double>(), 20.0, 1e-9);
+
+    const json flagged = Run("import " + kLines + " --fit-views --reference --json -").Json();
+    EXPECT_EQ(flagged["views"]["fits"], 4);
+    EXPECT_EQ(flagged["objects"][0]["reference"], true);
+
+    r = Run("import " + kLines + " --quiet --svg -");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.out.rfind("<?xml", 0), 0u);
+    EXPECT_NE(r.out.find("data-name=\"Frame\""), std::string::npos);
+}
+
+TEST_F(ProgramTest, ScriptedOptionsAndAnswersReachTheImporter) {
+    auto firstLine = [this](const std::string& arguments) {
+        const json report =
+            Run("import " + kLines + " --settings none --json - " + arguments).Json();
+        return report.is_discarded() || report["objects"].empty()
+                   ? json()
+                   : report["objects"][0]["curve"]["points"];
+    };
+    // Drawing points at model scale 2: the line from (10,20) to (110,20) doubles.
+    EXPECT_EQ(firstLine("--option PreserveModelScale=true --option AiUnits=3 --option AiScale=1 "
+                        "--option VelmoScale=2"),
+              json({{20.0, 40.0, 0.0}, {220.0, 40.0, 0.0}}));
+    // A person at the options dialog, then at the command-line prompt, both scripted.
+    const std::string dialog =
+        Write("dialog.json",
+              R"([{"PreserveUnits": 1, "ImportScale": 1.0, "Units": 3, "VelmoScale": 3.0}])");
+    EXPECT_EQ(firstLine("--interactive --answers " + dialog),
+              json({{30.0, 60.0, 0.0}, {330.0, 60.0, 0.0}}));
+    const std::string prompt =
+        Write("prompt.json", R"(["PreserveUnits=Yes", "Unit=point", "VelmoScale=0.5", "<enter>"])");
+    EXPECT_EQ(firstLine("--interactive --batch --answers " + prompt),
+              json({{5.0, 10.0, 0.0}, {55.0, 10.0, 0.0}}));
+    // Without --interactive nobody is asked, so the answers are not used.
+    EXPECT_NE(firstLine("--answers " + dialog)[0][0], 30.0);
+    // Anything but an object cancels the dialog, and the import with it.
+    const Result r = Run("import " + kLines + " --settings none --json - --interactive --answers " +
+                         Write("cancel.json", "[\"<cancel>\"]"));
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.Json()["result"], 0);
+}
+
+TEST_F(ProgramTest, SettingsAreKeptBetweenRuns) {
+    const std::string store = Path("settings.json");
+    EXPECT_EQ(Run("import " + kLines + " --settings " + store).status, 0);
+    json saved = ReadJson("settings.json");
+    ASSERT_EQ(saved["sections"].size(), 1u) << saved;
+    json& section = saved["sections"].begin().value();
+    EXPECT_EQ(section["PDF_VelmoScale"]["type"], "double");
+    EXPECT_EQ(section["AI_PreserveUnits"]["value"], false);
+    EXPECT_FALSE(fs::exists(DefaultSettings())) << "--settings replaces the default store";
+
+    // What the next run finds in the store is what the importer works with.
+    section["AI_PreserveUnits"]["value"] = true;
+    section["AI_ImportUnit"]["value"] = 3;
+    section["AI_ImportScale"]["value"] = 1.0;
+    section["AI_VelmoScale"]["value"] = 2.0;
+    Write("settings.json", saved.dump(2));
+    const Result r = Run("import " + kLines + " --settings " + store + " --json -");
+    EXPECT_EQ(r.Json()["objects"][0]["curve"]["points"][0], json({20.0, 40.0, 0.0})) << r.err;
+    EXPECT_EQ(ReadJson("settings.json")["sections"].begin().value()["AI_VelmoScale"]["value"], 2.0);
+
+    // "none" reads and writes nothing; by default the store is under XDG_CONFIG_HOME.
+    EXPECT_EQ(Run("import " + kLines + " --settings none").status, 0);
+    EXPECT_TRUE(fs::is_empty(m_dir / "config") && fs::is_empty(m_dir / "home"));
+    EXPECT_EQ(Run("import " + kLines).status, 0);
+    EXPECT_TRUE(fs::exists(DefaultSettings()));
+}
+
+} // namespace
