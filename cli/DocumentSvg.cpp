@@ -260,8 +260,10 @@ public:
                  Number(x0) + ' ' + Number(top) + ' ' + Number(w) + ' ' + Number(h) +
                  "\" width=\"" + FixedNumber(w * pixels) + "\" height=\"" +
                  FixedNumber(h * pixels) + "\">\n";
-        m_out += "<g fill=\"none\" stroke-width=\"1\" stroke-linecap=\"round\" "
-                 "stroke-linejoin=\"round\">\n";
+        // Strokes of one and a half pixels at the picture's own size, in model units so
+        // that every viewer draws them alike.
+        m_out += "<g fill=\"none\" stroke-width=\"" + Number(1.5 / pixels) +
+                 "\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n";
         std::set<int> written;
         for (int root : m_roots)
             WriteLayer(root, 1, written);
@@ -340,8 +342,7 @@ private:
         const GK_Color color = a.m_color_source == GK_3dmObjectAttributes::color_from_object
                                    ? a.m_color
                                    : layer.Color();
-        m_out += indent + "<path d=\"" + path.Text() + "\" stroke=\"" + HexColor(color) +
-                 "\" vector-effect=\"non-scaling-stroke\"/>\n";
+        m_out += indent + "<path d=\"" + path.Text() + "\" stroke=\"" + HexColor(color) + "\"/>\n";
     }
 
     const CVelmoDoc& m_doc;

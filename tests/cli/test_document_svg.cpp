@@ -130,7 +130,10 @@ TEST(DocumentSvg, LayersNestColoursAndTheFittedBox) {
     EXPECT_EQ(paths[1]->Attr("d"), "M 0 0 L 0 -5");
     EXPECT_EQ(paths[1]->Attr("stroke"), "#ff0000");
     EXPECT_EQ(&xml[paths[1]->parent], child);
-    EXPECT_EQ(paths[2]->Attr("vector-effect"), "non-scaling-stroke");
+    // Strokes are one and a half pixels of the 800-pixel picture, in model units.
+    const std::vector<double> width = Numbers(xml[1].Attr("stroke-width"));
+    ASSERT_EQ(width.size(), 1u);
+    EXPECT_NEAR(width[0], 1.5 * 10.6 / 800.0, 1e-9);
 
     // x 0..10 and y 0..5 with a margin; the top edge in picture coordinates is at -5.
     const std::vector<double> box = Numbers(xml[0].Attr("viewBox"));
