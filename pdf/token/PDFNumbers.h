@@ -1,0 +1,9 @@
+#pragma once
+// Number conversions of the PDF layer, the same in every locale.
+#include <cstdint>
+
+// Leading white space, an optional sign, then decimal digits up to the first other byte;
+// 0 without digits. Values beyond 32 bits saturate.
+std::int32_t PdfAtol(const char* text);
+// strtod of the classic locale from the start of the text; 0.0 when nothing is read.
+double PdfAtof(const char* text);
