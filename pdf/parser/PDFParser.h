@@ -1,0 +1,78 @@
+#pragma once
+// The stack machine that reads PDF object syntax, content streams and CMap programs. Each
+// lexical item is pushed on the operand stack or, if it is a bare word, executed; closing
+// brackets collapse the stack down to their mark. Derived readers override ExecuteWord.
+#include "pdf/token/PDFError.h"
+#include "pdf/token/PDFTokens.h"
+
+#include <cstdint>
+#include <istream>
+#include <string>
+#include <vector>
+
+class PDFDocument;
+
+class PDFParser : public PDFParserTokens {
+public:
+    // Borrows `document` (may be null) and reads from `input` (may be null), which it does
+    // not own until SetStream says so.
+    PDFParser(std::istream* input, PDFDocument* document);
+    virtual ~PDFParser();
+    PDFParser(const PDFParser&) = delete;
+    PDFParser& operator=(const PDFParser&) = delete;
+
+    // Runs a bare word. The base knows the object-syntax words and a few PostScript ones.
+    [[nodiscard]] virtual PDFStatus ExecuteWord(const std::string& word, PDFDocument* document);
+
+    void SetStream(std::istream* stream, bool owns);
+    // The next byte, or -1 at the end (or without a stream).
+    int GetChar();
+
+    // Operand stack. Peek is borrowed; Pop hands its reference to the caller and never
+    // returns null (a new PDFNull on an empty stack); Push takes the caller's reference.
+    PDFToken* Peek(int i) const;
+    void Drop();
+    [[nodiscard]] PDFToken* Pop();
+    void Push(PDFToken* owned) { operandStack.push_back(owned); }
+    void PushFloat(double value) { Push(new PDFFloat(value)); }
+    std::int32_t PopInteger();
+    double PopFloat(double defaultValue);
+    std::string PopString();
+
+    // Reads one lexical item and acts on it.
+    [[nodiscard]] PDFStatus ReadToken();
+    // Reads until a status other than 0 or until the bare word `stop` comes.
+    [[nodiscard]] PDFStatus ParseUntil(const char* stop);
+    // Follows a reference through the document. `*out` is borrowed.
+    [[nodiscard]] PDFStatus Resolve(PDFToken* token, PDFToken** out);
+
+    PDFDocument* document;            // borrowed
+    std::vector<PDFToken*> dictStack; // dictionaries of the PostScript words, each owned
+    PDFToken* resources;              // owned PDFDict: what "defineresource" stored
+    bool hasPushback = false;
+    int lastChar = -1;
+    std::vector<PDFToken*> operandStack; // each owned
+    std::string stopWord;
+    bool stopped = true;
+    std::int32_t compatDepth = 0; // BX depth: unknown words are ignored while it is not 0
+    std::istream* input;
+    bool ownsInput = false;
+
+private:
+    void PushBack(int c) {
+        lastChar = c;
+        hasPushback = true;
+    }
+    int PeekChar();
+    [[nodiscard]] PDFStatus ReadWord(int first, std::string& word);
+    [[nodiscard]] PDFStatus ReadLiteralString();
+    [[nodiscard]] PDFStatus ReadHexString();
+    [[nodiscard]] PDFStatus ReadNumber(int first);
+    [[nodiscard]] PDFStatus CloseArray();
+    [[nodiscard]] PDFStatus CloseDictionary();
+    [[nodiscard]] PDFStatus ReadStream();
+    void SkipInlineImage();
+    int FindMark() const; // index of the topmost mark, or -1
+    // Stores by subscript; a value displaced from the slot is released.
+    static void Store(PDFToken* dict, const std::string& key, PDFToken* owned);
+};
