@@ -1,6 +1,7 @@
 #include "cli/TarquilApp.h"
 
 #include "cli/ImportCommand.h"
+#include "cli/InspectCommand.h"
 #include "cli/UsageError.h"
 #include "host/base/GK_String.h"
 #include "shell/CQuillonPlugIn.h"
@@ -35,7 +36,8 @@ int RunTarquil(int argc, const char* const* argv) {
 
     ImportArguments importArgs;
     CLI::App* import = AddImportCommand(app, importArgs);
-    // Later commands (inspect, ...) are added here the same way.
+    InspectArguments inspectArgs;
+    CLI::App* inspectTokens = AddInspectCommand(app, inspectArgs);
 
     try {
         app.parse(argc, argv);
@@ -49,6 +51,8 @@ int RunTarquil(int argc, const char* const* argv) {
     try {
         if (import->parsed())
             return RunImport(importArgs);
+        if (inspectTokens->parsed())
+            return RunInspectTokens(inspectArgs);
     } catch (const UsageError& e) {
         std::cerr << "tarquil: error: " << e.what() << "\n"
                   << "Run with --help for more information.\n";
