@@ -75,4 +75,6 @@ private:
     int FindMark() const; // index of the topmost mark, or -1
     // Stores by subscript; a value displaced from the slot is released.
     static void Store(PDFToken* dict, const std::string& key, PDFToken* owned);
+
+    std::size_t loopSearchBudget = 1000000; // containers "def" may look at, in all
 };

@@ -2,11 +2,46 @@
 #include "pdf/parser/PDFParser.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace {
+
 inline bool IsWhite(int c) {
     return c == ' ' || (c >= 9 && c <= 13);
 }
+
+inline bool IsContainer(const PDFToken* t) {
+    return t->IsType(kPdfKindArray) || t->IsType(kPdfKindDict) || t->IsType(kPdfKindStream);
+}
+
+// Whether `target` may be reached from `from` through arrays, dictionaries and streams.
+// Each container looked at costs one unit of `budget`; once it is spent the answer is yes.
+bool MayReach(PDFToken* from, const PDFToken* target, std::size_t& budget) {
+    std::vector<PDFToken*> work{from};
+    std::unordered_set<const PDFToken*> seen;
+    while (!work.empty()) {
+        PDFToken* t = work.back();
+        work.pop_back();
+        if (t == target)
+            return true;
+        if (!t || !IsContainer(t) || !seen.insert(t).second)
+            continue;
+        if (budget == 0)
+            return true;
+        --budget;
+        if (t->IsType(kPdfKindArray)) {
+            for (PDFToken* item : static_cast<PDFParser::PDFArray*>(t)->items)
+                work.push_back(item);
+        } else if (t->IsType(kPdfKindDict)) {
+            for (auto& entry : static_cast<PDFParser::PDFDict*>(t)->entries)
+                work.push_back(entry.second);
+        } else {
+            work.push_back(static_cast<PDFParser::PDFStream*>(t)->dict);
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 PDFStatus PDFParser::ExecuteWord(const std::string& word, PDFDocument* /*document*/) {
@@ -57,6 +92,18 @@ PDFStatus PDFParser::ExecuteWord(const std::string& word, PDFDocument* /*documen
             if (dictStack.empty()) {
                 value->Release();
                 return kPdfExpectedDictionary;
+            }
+            // A dictionary stored into itself, however deep, would make a loop that no count
+            // can free and no walk can finish; such a definition is dropped. Only a value that
+            // is a container can hold the dictionary, and only while something besides the
+            // dictionary stack holds it too. The searches of one parser share a budget, so a
+            // program of many definitions cannot make them take quadratic time; past it,
+            // such definitions are dropped as if they made a loop.
+            PDFToken* target = dictStack.back();
+            if (IsContainer(value) && target->refCount > 1 &&
+                MayReach(value, target, loopSearchBudget)) {
+                value->Release();
+                return kPdfOk;
             }
             Store(dictStack.back(), key, value);
             return kPdfOk;

@@ -44,10 +44,15 @@ public:
     // Drops one reference; the last one deletes the token.
     void Release() {
         if (refCount-- == 1)
-            delete this;
+            Destroy(this);
     }
 
     std::uint32_t refCount = 1; // plain and not atomic: tokens belong to one thread
+
+private:
+    // Deletes through the virtual destructor. Containers freed while another is being
+    // freed wait in a queue, so that nesting of any depth never deepens the call stack.
+    static void Destroy(PDFToken* token);
 };
 
 // Owns one reference to a token for a scope. Null is allowed.

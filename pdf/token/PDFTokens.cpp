@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -14,6 +15,65 @@ const char kHex[] = "0123456789abcdef";
 void AppendHexByte(std::string& out, unsigned char b) {
     out += kHex[b >> 4];
     out += kHex[b & 15];
+}
+
+// The text of arrays, dictionaries and streams, built with a work list instead of
+// recursion so that nesting of any depth prints. Items are taken last-in first-out, so
+// each container pushes its closing text first and its opening text last.
+std::string ContainerText(const PDFToken* root) {
+    using P = PDFParserTokens;
+    struct Item {
+        const PDFToken* token = nullptr;
+        const std::string* text = nullptr;
+        const char* literal = nullptr;
+    };
+    std::string out;
+    std::vector<Item> work{{root, nullptr, nullptr}};
+    while (!work.empty()) {
+        const Item item = work.back();
+        work.pop_back();
+        if (item.literal) {
+            out += item.literal;
+            continue;
+        }
+        if (item.text) {
+            out += *item.text;
+            continue;
+        }
+        const PDFToken* t = item.token;
+        if (!t)
+            continue;
+        if (t->IsType(kPdfKindArray)) {
+            const auto& items = static_cast<const P::PDFArray*>(t)->items;
+            work.push_back({nullptr, nullptr, "]"});
+            for (std::size_t i = items.size(); i-- > 0;) {
+                work.push_back({items[i], nullptr, nullptr});
+                if (i)
+                    work.push_back({nullptr, nullptr, " "});
+            }
+            out += '[';
+        } else if (t->IsType(kPdfKindDict)) {
+            const auto& entries = static_cast<const P::PDFDict*>(t)->entries;
+            work.push_back({nullptr, nullptr, ">>"});
+            // Keys go out exactly as stored, without the escapes of names.
+            for (auto it = entries.rbegin(); it != entries.rend(); ++it) {
+                work.push_back({it->second, nullptr, nullptr});
+                work.push_back({nullptr, nullptr, " "});
+                work.push_back({nullptr, &it->first, nullptr});
+                work.push_back({nullptr, nullptr, std::next(it) == entries.rend() ? "/" : " /"});
+            }
+            out += "<<";
+        } else if (t->IsType(kPdfKindStream)) {
+            const auto* stream = static_cast<const P::PDFStream*>(t);
+            work.push_back({nullptr, nullptr, "\nendstream"});
+            work.push_back({nullptr, &stream->data, nullptr});
+            work.push_back({nullptr, nullptr, " stream\n"});
+            work.push_back({stream->dict, nullptr, nullptr});
+        } else {
+            out += t->ToString();
+        }
+    }
+    return out;
 }
 
 } // namespace
@@ -122,14 +182,7 @@ PDFParserTokens::PDFArray::~PDFArray() {
 }
 
 std::string PDFParserTokens::PDFArray::ToString() const {
-    std::string out = "[";
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        if (i)
-            out += ' ';
-        out += items[i]->ToString();
-    }
-    out += ']';
-    return out;
+    return ContainerText(this);
 }
 
 PDFParserTokens::PDFDict::~PDFDict() {
@@ -144,20 +197,7 @@ PDFToken* PDFParserTokens::PDFDict::Find(const std::string& key) const {
 }
 
 std::string PDFParserTokens::PDFDict::ToString() const {
-    std::string out = "<<";
-    bool first = true;
-    for (const auto& [key, value] : entries) {
-        if (!first)
-            out += ' ';
-        first = false;
-        out += '/';
-        out += key;
-        out += ' ';
-        if (value)
-            out += value->ToString();
-    }
-    out += ">>";
-    return out;
+    return ContainerText(this);
 }
 
 std::string PDFParserTokens::PDFRef::ToString() const {
@@ -170,9 +210,5 @@ PDFParserTokens::PDFStream::~PDFStream() {
 }
 
 std::string PDFParserTokens::PDFStream::ToString() const {
-    std::string out = dict ? dict->ToString() : std::string();
-    out += " stream\n";
-    out += data;
-    out += "\nendstream";
-    return out;
+    return ContainerText(this);
 }

@@ -128,6 +128,11 @@ TEST(Parser, PostScriptWords) {
     // Storing a token over itself keeps one reference for the one slot.
     EXPECT_EQ(Parse("/K 5 def /K K def /K K def K").stack, Stack{"5"});
     EXPECT_EQ(Parse("/N 7 dup /CMap defineresource /CMap defineresource").stack, Stack{"7"});
+    // A dictionary is never stored into itself, directly or through other containers.
+    EXPECT_EQ(Parse("1 dict begin /A 1 def /S currentdict def /T [[currentdict]] def "
+                    "/U << /V [1 currentdict] >> def currentdict")
+                  .stack,
+              Stack{"<</A 1>>"});
     EXPECT_EQ(Parse("3 dict begin /X 4 def currentdict end X").stack, Stack{"<</X 4>>"});
     EXPECT_EQ(Parse("5 begin 6").stack, Stack{"6"}); // only dictionaries are begun
     EXPECT_EQ(Parse("1 2 dup pop pop dup").stack, (Stack{"1", "1"}));
@@ -144,6 +149,30 @@ TEST(Parser, PostScriptWords) {
     const Parsed comment = Parse("1 % no end");
     EXPECT_EQ(comment.status, kPdfEof);
     EXPECT_EQ(comment.stack, Stack{"1"});
+}
+
+TEST(Parser, NestingOfAnyDepthPrintsAndFrees) {
+    // Deeper than any call stack would take if printing or freeing recursed.
+    const int depth = 200000;
+    std::string text(depth, '[');
+    text += "<</K (v)>>";
+    text += std::string(depth, ']');
+    const Parsed deep = Parse(text);
+    EXPECT_EQ(deep.status, kPdfEof);
+    ASSERT_EQ(deep.stack.size(), 1u);
+    EXPECT_EQ(deep.stack[0].size(), 2u * depth + 10);
+    EXPECT_EQ(deep.stack[0].substr(depth - 2, 14), "[[<</K (v)>>]]");
+    // The same depth built through definitions rather than brackets.
+    std::string defs = "/a 0 def";
+    for (int i = 0; i < 20000; ++i)
+        defs += " /a [a] def";
+    defs += " a";
+    EXPECT_EQ(Parse(defs).stack[0].size(), 2u * 20000 + 1);
+    // While the dictionary is held elsewhere too, each definition of a container is searched
+    // for it, within a budget; once that is spent, such definitions are dropped.
+    const std::string shared = Parse("currentdict /a 0 def " + defs.substr(8)).stack.back();
+    EXPECT_GT(shared.size(), 2u * 1000 + 1);
+    EXPECT_LT(shared.size(), 2u * 2000 + 1);
 }
 
 TEST(Parser, StopWordAndPushbackOfTheEnd) {
