@@ -1,5 +1,7 @@
 #include "cli/DocumentSvg.h"
 
+#include "host/base/GK_String.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -187,24 +189,6 @@ std::string HexColor(const GK_Color& c) {
     return s;
 }
 
-void AppendUtf8(std::string& out, char32_t c) {
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
 class SvgWriter {
 public:
     explicit SvgWriter(const CVelmoDoc& doc) : m_doc(doc) {
@@ -387,7 +371,7 @@ std::string XmlEscape(std::wstring_view text) {
         }
         const bool allowed = c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) ||
                              (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF);
-        AppendUtf8(out, allowed ? c : U'\uFFFD');
+        out += VmUtf8FromWide(std::wstring(1, static_cast<wchar_t>(allowed ? c : U'\uFFFD')));
     }
     return out;
 }

@@ -3,18 +3,6 @@
 #include <cmath>
 #include <utility>
 
-namespace {
-
-bool FiniteXform(const GK_Xform& xform) {
-    for (const auto& row : xform.m_xform)
-        for (double v : row)
-            if (!std::isfinite(v))
-                return false;
-    return true;
-}
-
-} // namespace
-
 bool GK_LineCurve::IsValid(GK_TextLog*) const {
     return m_line.from.IsValid() && m_line.to.IsValid() && m_line.from != m_line.to &&
            std::isfinite(m_t.t0) && std::isfinite(m_t.t1) && m_t.t0 < m_t.t1;
@@ -28,7 +16,7 @@ GK_BoundingBox GK_LineCurve::BoundingBox() const {
 }
 
 bool GK_LineCurve::Transform(const GK_Xform& xform) {
-    if (!FiniteXform(xform))
+    if (!xform.IsFinite())
         return false;
     m_line.from = xform * m_line.from;
     m_line.to = xform * m_line.to;

@@ -37,14 +37,6 @@ GK_3dPoint Euclidean(const HPoint& h) {
     return {h.x * s, h.y * s, h.z * s};
 }
 
-bool FiniteXform(const GK_Xform& xform) {
-    for (const auto& row : xform.m_xform)
-        for (double v : row)
-            if (!std::isfinite(v))
-                return false;
-    return true;
-}
-
 // Whether the CV array has the size the counts promise, so that indexing stays in bounds.
 bool CVLayoutOk(const GK_NurbsCurve& c) {
     return c.m_dim >= 1 && c.m_dim <= kMaxDimension && c.m_cv_count >= 0 &&
@@ -433,7 +425,7 @@ GK_BoundingBox GK_NurbsCurve::BoundingBox() const {
 }
 
 bool GK_NurbsCurve::Transform(const GK_Xform& xform) {
-    if (!FiniteXform(xform) || !CVLayoutOk(*this))
+    if (!xform.IsFinite() || !CVLayoutOk(*this))
         return false;
     const auto& m = xform.m_xform;
     if ((m[3][0] != 0.0 || m[3][1] != 0.0 || m[3][2] != 0.0 || m[3][3] != 1.0) && !m_is_rat)

@@ -1,5 +1,6 @@
 #include "host/geometry/GK_Point.h"
 
+#include <cmath>
 #include <limits>
 
 const GK_3dPoint GK_3dPoint::Origin(0.0, 0.0, 0.0);
@@ -121,4 +122,12 @@ GK_Xform GK_Xform::operator*(const GK_Xform& rhs) const {
             r.m_xform[i][j] = s;
         }
     return r;
+}
+
+bool GK_Xform::IsFinite() const {
+    for (const auto& row : m_xform)
+        for (double v : row)
+            if (!std::isfinite(v))
+                return false;
+    return true;
 }

@@ -95,6 +95,9 @@ public:
     // [a b c d e f] as a page-description matrix: x' = a*x + c*y + e, y' = b*x + d*y + f.
     static GK_Xform Affine2d(double a, double b, double c, double d, double e, double f);
 
+    // Whether every entry is a finite number; geometry refuses other transformations.
+    bool IsFinite() const;
+
     GK_3dPoint operator*(const GK_3dPoint& p) const;
     GK_4dPoint operator*(const GK_4dPoint& p) const;
     GK_Xform operator*(const GK_Xform& rhs) const;

@@ -9,14 +9,6 @@
 
 namespace {
 
-bool FiniteXform(const GK_Xform& xform) {
-    for (const auto& row : xform.m_xform)
-        for (double v : row)
-            if (!std::isfinite(v))
-                return false;
-    return true;
-}
-
 GK_3dPoint NanPoint() {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     return {nan, nan, nan};
@@ -62,7 +54,7 @@ GK_BoundingBox GK_PolylineCurve::BoundingBox() const {
 }
 
 bool GK_PolylineCurve::Transform(const GK_Xform& xform) {
-    if (!FiniteXform(xform))
+    if (!xform.IsFinite())
         return false;
     bool ok = true;
     for (GK_3dPoint& p : m_pline) {

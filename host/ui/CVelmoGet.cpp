@@ -211,7 +211,7 @@ bool CVelmoGet::ApplyOptionAnswer(const std::string& answer) {
     return true;
 }
 
-CVelmoGet::result CVelmoGetOption::GetOption() {
+CVelmoGet::result CVelmoGet::Ask(bool takesText) {
     m_chosen = nullptr;
     // A script or a terminal may give answers that fit nothing; each is reported and the
     // question asked again, so only the end of all answers gives the default.
@@ -226,17 +226,25 @@ CVelmoGet::result CVelmoGetOption::GetOption() {
                 return m_result = nothing;
             continue;
         }
-        if (ApplyOptionAnswer(*answer))
+        if (!m_options.empty() && ApplyOptionAnswer(*answer))
             return m_result = option;
+        if (takesText) {
+            m_text = VmWideFromUtf8(*answer);
+            return m_result = string;
+        }
         VmMessages().Add("print", L"",
                          L"Unknown command option: " + VmWideFromUtf8(*answer) + L"\n");
     }
 }
 
+CVelmoGet::result CVelmoGetOption::GetOption() {
+    return Ask(false);
+}
+
 CVelmoGet::result CVelmoGetString::GetString() {
-    m_chosen = nullptr;
     m_string.Empty();
     if (const auto& fixed = VmUi().StringAnswer()) {
+        m_chosen = nullptr;
         VmMessages().Add("prompt", L"", PromptLine());
         VmMessages().Add("print", L"", VmWideFromUtf8(*fixed) + L"\n");
         if (VmIsCancelAnswer(*fixed))
@@ -246,20 +254,8 @@ CVelmoGet::result CVelmoGetString::GetString() {
         m_string = GK_wString(VmWideFromUtf8(*fixed));
         return m_result = string;
     }
-    for (;;) {
-        const auto answer = NextAnswer(PromptLine());
-        if (!answer)
-            return m_result = m_acceptNothing ? nothing : cancel;
-        if (VmIsCancelAnswer(*answer))
-            return m_result = cancel;
-        if (VmIsEnterAnswer(*answer)) {
-            if (m_acceptNothing)
-                return m_result = nothing;
-            continue;
-        }
-        if (!m_options.empty() && ApplyOptionAnswer(*answer))
-            return m_result = option;
-        m_string = GK_wString(VmWideFromUtf8(*answer));
-        return m_result = string;
-    }
+    const result r = Ask(true);
+    if (r == string)
+        m_string = GK_wString(m_text);
+    return r;
 }

@@ -74,12 +74,16 @@ protected:
     // value does not fit. A bare number or list name asks for the value.
     bool ApplyOptionAnswer(const std::string& answer);
     std::optional<std::string> NextAnswer(const std::wstring& prompt);
+    // Asks until an answer fits: an option, Enter, cancel, or (when `takesText`) any text,
+    // which is kept in m_text.
+    result Ask(bool takesText);
 
     std::wstring m_prompt;
     bool m_acceptNothing = false;
     std::vector<CVelmoCommandOption> m_options;
     const CVelmoCommandOption* m_chosen = nullptr;
     result m_result = cancel;
+    std::wstring m_text;
 };
 
 class CVelmoGetOption : public CVelmoGet {
