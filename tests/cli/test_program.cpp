@@ -210,4 +210,32 @@ TEST_F(ProgramTest, SettingsAreKeptBetweenRuns) {
     EXPECT_TRUE(fs::exists(DefaultSettings()));
 }
 
+TEST_F(ProgramTest, BundledSampleArrivesWithItsLayersAndColours) {
+    const Result r =
+        Run("import " + Quote(TARQUIL_SAMPLES "/bracket.ai") + " --settings none --json -");
+    ASSERT_EQ(r.status, 0) << r.err;
+    const json doc = r.Json();
+    // Layer records give the colours; "Ln" the names.
+    const json& layers = doc["layers"];
+    ASSERT_EQ(layers.size(), 4u);
+    EXPECT_EQ(layers[1]["name"], "Outline");
+    EXPECT_EQ(layers[1]["color"], json({0, 64, 200}));
+    EXPECT_EQ(layers[2]["name"], "Holes");
+    EXPECT_EQ(layers[2]["color"], json({220, 30, 30}));
+    EXPECT_EQ(layers[3]["name"], "Centerlines");
+    EXPECT_EQ(layers[3]["color"], json({20, 150, 60}));
+    // The plate and the slot, two holes, three centre lines; the clipping path makes none.
+    std::vector<int> perLayer(4, 0);
+    for (const json& o : doc["objects"])
+        ++perLayer[o["layer"].get<int>()];
+    EXPECT_EQ(perLayer, (std::vector<int>{0, 2, 2, 3}));
+    // Joined outlines are closed polycurves; the drawing is fitted to 40 units about the origin.
+    const json& plate = doc["objects"][0]["curve"];
+    EXPECT_EQ(plate["type"], "polycurve");
+    EXPECT_EQ(plate["segments"].size(), 8u);
+    EXPECT_EQ(plate["segments"][0]["points"][0],
+              json({-17.333333333333332, -13.333333333333334, 0.0}));
+    EXPECT_EQ(doc["objects"][4]["curve"]["type"], "line");
+}
+
 } // namespace
