@@ -1,0 +1,85 @@
+// "FlateDecode" and "FlateEncode" over zlib.
+#include "filters/Filters.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <climits>
+#include <vector>
+
+namespace {
+
+PDFStatus InflateStatus(int z) {
+    if (z == Z_STREAM_END)
+        return kPdfOk;
+    if (z == Z_DATA_ERROR)
+        return kPdfDataCorrupted;
+    return kPdfZlibError; // Z_BUF_ERROR of a cut stream among them
+}
+
+// Inflates through a window of `window` bytes: no flush while input is left, Z_FINISH once it
+// is all taken in, going on while zlib says Z_OK. Everything produced is kept, whatever the
+// end. Returns zlib's last status; `started` tells whether inflation could begin at all.
+int Inflate(const std::string& input, std::string& output, std::size_t window, bool& started) {
+    output.clear();
+    z_stream z{};
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data()));
+    z.avail_in = static_cast<uInt>(input.size() > UINT_MAX ? UINT_MAX : input.size());
+    started = inflateInit(&z) == Z_OK;
+    if (!started)
+        return Z_STREAM_ERROR;
+    // Inflated straight into the output, whose room doubles as it fills: no copy through a
+    // buffer, and growth stays amortised. The narrow window is kept exactly; a wide one
+    // takes all the room there is.
+    std::size_t produced = 0;
+    int status;
+    do {
+        if (output.size() - produced < window)
+            output.resize(std::max(output.size() * 2, produced + window));
+        const std::size_t free = std::min<std::size_t>(output.size() - produced, UINT_MAX);
+        const std::size_t room = window <= 256 ? window : free;
+        z.next_out = reinterpret_cast<Bytef*>(output.data() + produced);
+        z.avail_out = static_cast<uInt>(room);
+        status = inflate(&z, z.avail_in == 0 ? Z_FINISH : Z_NO_FLUSH);
+        produced += room - z.avail_out;
+    } while (status == Z_OK);
+    output.resize(produced);
+    inflateEnd(&z);
+    return status;
+}
+
+} // namespace
+
+PDFStatus FlateDecode(const std::string& input, std::string& output, PDFToken*) {
+    // A whole stream inflates the same through any window, so a large one is used. Where
+    // the stream fails, how much of a cut stream comes out depends on the window once the
+    // input is all taken in (zlib answers Z_FINISH with a short window by stopping), so the
+    // failure is inflated again through the 256-byte window that fixes that amount.
+    bool started = false;
+    int status = Inflate(input, output, 1 << 16, started);
+    if (!started)
+        return kPdfZlibError;
+    if (status != Z_STREAM_END)
+        status = Inflate(input, output, 256, started);
+    return InflateStatus(status);
+}
+
+PDFStatus FlateEncode(const std::string& input, std::string& output, PDFToken*) {
+    output.clear();
+    z_stream z{};
+    if (deflateInit(&z, Z_DEFAULT_COMPRESSION) != Z_OK)
+        return kPdfZlibError;
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data()));
+    z.avail_in = static_cast<uInt>(input.size() > UINT_MAX ? UINT_MAX : input.size());
+    // Deflating everything with Z_FINISH gives the same bytes through any window.
+    std::vector<unsigned char> buffer(1 << 16);
+    int status;
+    do {
+        z.next_out = buffer.data();
+        z.avail_out = static_cast<uInt>(buffer.size());
+        status = deflate(&z, Z_FINISH);
+        output.append(reinterpret_cast<const char*>(buffer.data()), buffer.size() - z.avail_out);
+    } while (status == Z_OK);
+    deflateEnd(&z);
+    return status == Z_STREAM_END ? kPdfOk : kPdfZlibError;
+}

@@ -1,0 +1,51 @@
+#pragma once
+// Streams and parameter dictionaries for filter tests, written as PDF text.
+#include "pdf/input/MemoryInput.h"
+#include "pdf/parser/PDFParser.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace filtertest {
+
+// The dictionary that `text` parses to, with its one reference, or null.
+inline PDFToken* ParseDict(const std::string& text) {
+    auto input = MakeMemoryInput(text.data(), text.size());
+    PDFParser parser(input.get(), nullptr);
+    (void)parser.ParseUntil("");
+    if (parser.operandStack.size() != 1 || !parser.operandStack[0]->IsType(kPdfKindDict))
+        return nullptr;
+    PDFToken* dict = parser.operandStack[0];
+    parser.operandStack.clear();
+    return dict;
+}
+
+// A stream of `data` whose dictionary is `dictText`.
+inline PDFTokenRef MakeStream(const std::string& dictText, const std::string& data) {
+    PDFToken* dict = ParseDict(dictText);
+    EXPECT_NE(dict, nullptr) << dictText;
+    return PDFTokenRef(new PDFParser::PDFStream(data, dict ? dict : new PDFParser::PDFDict()));
+}
+
+inline const PDFParser::PDFStream& AsStream(const PDFTokenRef& t) {
+    return *static_cast<const PDFParser::PDFStream*>(t.Get());
+}
+
+inline std::string Bytes(std::initializer_list<int> values) {
+    std::string s;
+    for (int v : values)
+        s += static_cast<char>(v);
+    return s;
+}
+
+inline std::string RandomBytes(std::size_t n, unsigned seed) {
+    std::mt19937 rng(seed);
+    std::string s(n, '\0');
+    for (char& c : s)
+        c = static_cast<char>(rng() & 0xFF);
+    return s;
+}
+
+} // namespace filtertest
