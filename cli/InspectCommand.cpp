@@ -2,6 +2,7 @@
 
 #include "cli/TarquilApp.h"
 
+#include "filters/FilterPipeline.h"
 #include "pdf/input/MemoryInput.h"
 #include "pdf/parser/PDFParser.h"
 
@@ -31,7 +32,7 @@ std::string BytesAsLatin1Utf8(const std::string& bytes) {
 
 } // namespace
 
-CLI::App* AddInspectCommand(CLI::App& app, InspectArguments& args) {
+InspectCommands AddInspectCommand(CLI::App& app, InspectArguments& args) {
     CLI::App* inspect = app.add_subcommand("inspect", "Show how the PDF reader sees its input");
     inspect->require_subcommand(1);
     CLI::App* tokens = inspect->add_subcommand(
@@ -42,7 +43,22 @@ CLI::App* AddInspectCommand(CLI::App& app, InspectArguments& args) {
     tokens->add_flag("--json", args.json,
                      "Print {\"status\": N, \"stack\": [...]}; each byte of a token's text is "
                      "the character of the same number (U+0000 to U+00FF)");
-    return tokens;
+
+    CLI::App* filter = inspect->add_subcommand(
+        "filter", "Decode bytes as the data of a stream with the given dictionary, through its "
+                  "/Filter and /DecodeParms; the status goes to standard error");
+    filter
+        ->add_option("--dict", args.dict,
+                     "The stream's dictionary as PDF text, e.g. "
+                     "'<</Filter[/ASCII85Decode/FlateDecode]>>'")
+        ->required();
+    filter->add_option("FILE", args.file, "The stream's data; - for standard input")
+        ->capture_default_str();
+    filter
+        ->add_option("-o,--output", args.output,
+                     "Where the decoded bytes go; - for standard output")
+        ->capture_default_str();
+    return {tokens, filter};
 }
 
 std::string TokensReport(const std::string& bytes, bool json) {
@@ -62,21 +78,71 @@ std::string TokensReport(const std::string& bytes, bool json) {
     return out;
 }
 
-int RunInspectTokens(const InspectArguments& args) {
-    std::string bytes;
-    if (args.file == "-") {
+namespace {
+
+bool ReadInput(const std::string& file, std::string& bytes) {
+    if (file == "-") {
         std::ostringstream s;
         s << std::cin.rdbuf();
         bytes = s.str();
-    } else {
-        std::ifstream in(args.file, std::ios::binary);
-        if (!in) {
-            std::cerr << "tarquil: cannot read " << args.file << "\n";
-            return kExitFailure;
-        }
-        bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        return true;
     }
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        std::cerr << "tarquil: cannot read " << file << "\n";
+        return false;
+    }
+    bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return true;
+}
+
+} // namespace
+
+int RunInspectTokens(const InspectArguments& args) {
+    std::string bytes;
+    if (!ReadInput(args.file, bytes))
+        return kExitFailure;
     std::cout << TokensReport(bytes, args.json);
     std::cout.flush();
     return std::cout ? kExitSuccess : kExitFailure;
+}
+
+int RunInspectFilter(const InspectArguments& args) {
+    // The dictionary is read by the same parser as any PDF text, without a document.
+    auto dictInput = MakeMemoryInput(args.dict.data(), args.dict.size());
+    PDFParser parser(args.dict.empty() ? nullptr : dictInput.get(), nullptr);
+    const PDFStatus parsed = parser.ParseUntil("");
+    if ((parsed != kPdfOk && parsed != kPdfEof) || parser.operandStack.size() != 1 ||
+        !parser.operandStack[0]->IsType(kPdfKindDict)) {
+        std::cerr << "tarquil: error: --dict must be one PDF dictionary, such as "
+                     "'<</Filter/FlateDecode>>'\n";
+        return kExitUsage;
+    }
+    PDFToken* dict = parser.operandStack[0];
+    parser.operandStack.clear(); // its reference moves into the stream
+
+    std::string bytes;
+    if (!ReadInput(args.file, bytes)) {
+        dict->Release();
+        return kExitFailure;
+    }
+    const PDFTokenRef stream(new PDFParser::PDFStream(std::move(bytes), dict));
+    std::string decoded;
+    const PDFStatus status =
+        DecodeStream(*static_cast<const PDFParser::PDFStream*>(stream.Get()), decoded);
+
+    bool written;
+    if (args.output == "-") {
+        std::cout.write(decoded.data(), static_cast<std::streamsize>(decoded.size()));
+        std::cout.flush();
+        written = static_cast<bool>(std::cout);
+    } else {
+        std::ofstream out(args.output, std::ios::binary | std::ios::trunc);
+        out.write(decoded.data(), static_cast<std::streamsize>(decoded.size()));
+        written = static_cast<bool>(out);
+        if (!written)
+            std::cerr << "tarquil: cannot write " << args.output << "\n";
+    }
+    std::cerr << "status: " << status << "\n";
+    return status == kPdfOk && written ? kExitSuccess : kExitFailure;
 }

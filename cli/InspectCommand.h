@@ -7,10 +7,17 @@
 struct InspectArguments {
     std::string file = "-"; // "-" is standard input
     bool json = false;
+    std::string dict;         // filter: the stream's dictionary as PDF text
+    std::string output = "-"; // filter: where the decoded bytes go
 };
 
-// Adds "inspect" with its subcommands; returns the "tokens" subcommand.
-CLI::App* AddInspectCommand(CLI::App& app, InspectArguments& args);
+struct InspectCommands {
+    CLI::App* tokens = nullptr;
+    CLI::App* filter = nullptr;
+};
+
+// Adds "inspect" with its subcommands.
+InspectCommands AddInspectCommand(CLI::App& app, InspectArguments& args);
 
 // Parses the bytes with a parser that has no document, to the end, and prints the status
 // and the operand stack from bottom to top. Returns the exit status.
@@ -18,3 +25,9 @@ int RunInspectTokens(const InspectArguments& args);
 
 // The plain and JSON forms of that report, for a given byte string.
 std::string TokensReport(const std::string& bytes, bool json);
+
+// Makes a stream of the input bytes with the dictionary args.dict, decodes it through its
+// filters, writes the bytes (also on failure: what the failing filter left) and prints
+// "status: N" on standard error. Exit 0 for status 0, 1 otherwise, 2 for a dictionary that
+// does not parse.
+int RunInspectFilter(const InspectArguments& args);

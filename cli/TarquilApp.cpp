@@ -37,7 +37,7 @@ int RunTarquil(int argc, const char* const* argv) {
     ImportArguments importArgs;
     CLI::App* import = AddImportCommand(app, importArgs);
     InspectArguments inspectArgs;
-    CLI::App* inspectTokens = AddInspectCommand(app, inspectArgs);
+    const InspectCommands inspect = AddInspectCommand(app, inspectArgs);
 
     try {
         app.parse(argc, argv);
@@ -51,8 +51,10 @@ int RunTarquil(int argc, const char* const* argv) {
     try {
         if (import->parsed())
             return RunImport(importArgs);
-        if (inspectTokens->parsed())
+        if (inspect.tokens->parsed())
             return RunInspectTokens(inspectArgs);
+        if (inspect.filter->parsed())
+            return RunInspectFilter(inspectArgs);
     } catch (const UsageError& e) {
         std::cerr << "tarquil: error: " << e.what() << "\n"
                   << "Run with --help for more information.\n";

@@ -238,4 +238,25 @@ TEST_F(ProgramTest, BundledSampleArrivesWithItsLayersAndColours) {
     EXPECT_EQ(doc["objects"][4]["curve"]["type"], "line");
 }
 
+TEST_F(ProgramTest, InspectFilterDecodesAndReportsTheStatus) {
+    const std::string data = Write("data.txt", "414243 4>");
+    Result r = Run("inspect filter --dict '<</Filter/ASCIIHexDecode>>' " + data);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "ABC\x40");
+    EXPECT_EQ(r.err, "status: 0\n");
+    // A failing filter still writes what it made, and the exit status says it failed.
+    r = Run("inspect filter --dict '<</Filter[/ASCIIHexDecode/ASCIIHexDecode]>>' -o " +
+            Path("out.bin") + " " + Write("bad.txt", "34317A>"));
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "status: 10022\n");
+    EXPECT_EQ(ReadFileBytes(m_dir / "out.bin"), "A");
+    r = Run("inspect filter --dict '<</Filter/LZWDecode>>' " + data);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "status: 10021\n");
+    EXPECT_EQ(r.out, "414243 4>"); // the raw bytes, as no filter replaced them
+    // The dictionary must be one; the option must be given.
+    EXPECT_EQ(Run("inspect filter --dict '[1 2]' " + data).status, 2);
+    EXPECT_EQ(Run("inspect filter " + data).status, 2);
+}
+
 } // namespace
