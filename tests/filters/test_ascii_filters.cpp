@@ -7,7 +7,7 @@ using namespace filtertest;
 namespace {
 
 std::string Filter(FilterFunction f, const std::string& input, PDFStatus expected = kPdfOk,
-                PDFToken* parms = nullptr) {
+                   PDFToken* parms = nullptr) {
     std::string out = "stale";
     EXPECT_EQ(f(input, out, parms), expected) << input;
     return out;
@@ -65,7 +65,8 @@ TEST(RunLength, RunsAndTheirEnds) {
 
 TEST(AsciiBinary, BitsCharactersAndPictures) {
     EXPECT_EQ(Filter(ASCIIBinaryDecode, "0100 0001 x 01"), "A\x40");
-    EXPECT_EQ(Filter(ASCIIBinaryEncode, "ABCDE"), "01000001 01000010 01000011 01000100 \n01000101 ");
+    EXPECT_EQ(Filter(ASCIIBinaryEncode, "ABCDE"),
+              "01000001 01000010 01000011 01000100 \n01000101 ");
     PDFTokenRef four(ParseDict("<</Columns 4>>"));
     EXPECT_EQ(Filter(ASCIIBWEncode, "\xF0", kPdfOk, four.Get()), "XXXX|\n");
     // Each line starts on a byte: the rest of the byte that ended a line is dropped.
