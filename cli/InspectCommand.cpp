@@ -1,5 +1,7 @@
 #include "cli/InspectCommand.h"
 
+#include "cli/InspectDocument.h"
+#include "cli/InspectSupport.h"
 #include "cli/TarquilApp.h"
 
 #include "filters/FilterPipeline.h"
@@ -12,25 +14,6 @@
 #include <iostream>
 #include <iterator>
 #include <sstream>
-
-namespace {
-
-// Each byte becomes the character of the same number, so any byte survives in JSON.
-std::string BytesAsLatin1Utf8(const std::string& bytes) {
-    std::string out;
-    out.reserve(bytes.size());
-    for (unsigned char b : bytes) {
-        if (b < 0x80) {
-            out += static_cast<char>(b);
-        } else {
-            out += static_cast<char>(0xC0 | (b >> 6));
-            out += static_cast<char>(0x80 | (b & 0x3F));
-        }
-    }
-    return out;
-}
-
-} // namespace
 
 InspectCommands AddInspectCommand(CLI::App& app, InspectArguments& args) {
     CLI::App* inspect = app.add_subcommand("inspect", "Show how the PDF reader sees its input");
@@ -58,7 +41,11 @@ InspectCommands AddInspectCommand(CLI::App& app, InspectArguments& args) {
         ->add_option("-o,--output", args.output,
                      "Where the decoded bytes go; - for standard output")
         ->capture_default_str();
-    return {tokens, filter};
+
+    InspectCommands commands = AddInspectDocumentCommands(*inspect, args);
+    commands.tokens = tokens;
+    commands.filter = filter;
+    return commands;
 }
 
 std::string TokensReport(const std::string& bytes, bool json) {
@@ -77,26 +64,6 @@ std::string TokensReport(const std::string& bytes, bool json) {
         out += token->ToString() + "\n";
     return out;
 }
-
-namespace {
-
-bool ReadInput(const std::string& file, std::string& bytes) {
-    if (file == "-") {
-        std::ostringstream s;
-        s << std::cin.rdbuf();
-        bytes = s.str();
-        return true;
-    }
-    std::ifstream in(file, std::ios::binary);
-    if (!in) {
-        std::cerr << "tarquil: cannot read " << file << "\n";
-        return false;
-    }
-    bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return true;
-}
-
-} // namespace
 
 int RunInspectTokens(const InspectArguments& args) {
     std::string bytes;
@@ -131,18 +98,7 @@ int RunInspectFilter(const InspectArguments& args) {
     const PDFStatus status =
         DecodeStream(*static_cast<const PDFParser::PDFStream*>(stream.Get()), decoded);
 
-    bool written;
-    if (args.output == "-") {
-        std::cout.write(decoded.data(), static_cast<std::streamsize>(decoded.size()));
-        std::cout.flush();
-        written = static_cast<bool>(std::cout);
-    } else {
-        std::ofstream out(args.output, std::ios::binary | std::ios::trunc);
-        out.write(decoded.data(), static_cast<std::streamsize>(decoded.size()));
-        written = static_cast<bool>(out);
-        if (!written)
-            std::cerr << "tarquil: cannot write " << args.output << "\n";
-    }
+    const bool written = WriteOutput(args.output, decoded);
     std::cerr << "status: " << status << "\n";
     return status == kPdfOk && written ? kExitSuccess : kExitFailure;
 }

@@ -8,12 +8,17 @@ struct InspectArguments {
     std::string file = "-"; // "-" is standard input
     bool json = false;
     std::string dict;         // filter: the stream's dictionary as PDF text
-    std::string output = "-"; // filter: where the decoded bytes go
+    std::string output = "-"; // filter, stream: where the decoded bytes go
+    int object = 0;           // object, stream: the object number
+    int generation = -1;      // object, stream: -1 takes the table's generation
 };
 
 struct InspectCommands {
     CLI::App* tokens = nullptr;
     CLI::App* filter = nullptr;
+    CLI::App* info = nullptr;
+    CLI::App* object = nullptr;
+    CLI::App* stream = nullptr;
 };
 
 // Adds "inspect" with its subcommands.

@@ -2,6 +2,7 @@
 
 #include "cli/ImportCommand.h"
 #include "cli/InspectCommand.h"
+#include "cli/InspectDocument.h"
 #include "cli/UsageError.h"
 #include "host/base/GK_String.h"
 #include "shell/CQuillonPlugIn.h"
@@ -55,6 +56,12 @@ int RunTarquil(int argc, const char* const* argv) {
             return RunInspectTokens(inspectArgs);
         if (inspect.filter->parsed())
             return RunInspectFilter(inspectArgs);
+        if (inspect.info->parsed())
+            return RunInspectInfo(inspectArgs);
+        if (inspect.object->parsed())
+            return RunInspectObject(inspectArgs);
+        if (inspect.stream->parsed())
+            return RunInspectStream(inspectArgs);
     } catch (const UsageError& e) {
         std::cerr << "tarquil: error: " << e.what() << "\n"
                   << "Run with --help for more information.\n";
