@@ -2,6 +2,7 @@
 // the text picture of a bitmap.
 #include "filters/Filters.h"
 
+#include "pdf/token/PDFNumbers.h"
 #include "pdf/token/PDFTokens.h"
 
 #include <cstdint>
@@ -10,16 +11,6 @@ namespace {
 
 inline bool IsSpace(unsigned char c) {
     return c == ' ' || (c >= 9 && c <= 13);
-}
-
-inline int HexDigit(unsigned char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
 }
 
 void AppendWord(std::string& out, std::uint32_t value, int bytes) {
@@ -38,7 +29,7 @@ PDFStatus ASCIIHexDecode(const std::string& input, std::string& output, PDFToken
             continue;
         if (c == '>')
             break;
-        const int v = HexDigit(c);
+        const int v = PdfHexDigit(c);
         if (v < 0)
             return kPdfIllegalStreamCharacter;
         if (high < 0) {

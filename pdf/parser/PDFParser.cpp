@@ -30,16 +30,6 @@ inline bool IsDelimiter(int c) {
     }
 }
 
-inline int HexValue(int c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 } // namespace
 
 PDFParser::PDFParser(std::istream* in, PDFDocument* doc)
@@ -245,10 +235,10 @@ PDFStatus PDFParser::ReadWord(int first, std::string& word) {
         }
         taken = false;
         if (c == '#') {
-            const int hi = HexValue(GetChar());
+            const int hi = PdfHexDigit(GetChar());
             if (hi < 0)
                 return kPdfBadCharacter;
-            const int lo = HexValue(GetChar());
+            const int lo = PdfHexDigit(GetChar());
             if (lo < 0)
                 return kPdfBadCharacter;
             c = hi * 16 + lo;
@@ -324,7 +314,7 @@ PDFStatus PDFParser::ReadHexString() {
             continue;
         if (c == '>')
             break;
-        const int v = HexValue(c);
+        const int v = PdfHexDigit(c);
         if (v < 0)
             return kPdfBadCharacter;
         if (high < 0) {

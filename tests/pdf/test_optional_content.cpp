@@ -2,6 +2,8 @@
 #include "pdf/xref/PDFDocument.h"
 #include "support/PdfWriter.h"
 
+#include "OpenedPdf.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -13,26 +15,11 @@ namespace {
 
 using tarquil::test::PdfWriter;
 
-struct Opened {
-    explicit Opened(const std::string& text) : in(text), doc(&in) {}
-    std::istringstream in;
-    PDFDocument doc;
-};
+using tarquil::test::Opened;
 
-// Sets up a PDFDocument over the writer's file with its table filled by hand, standing in
-// for Open; objects 1 to `last` are in the file.
-std::unique_ptr<Opened> OpenByHand(PdfWriter& writer, int last, int rootNumber) {
-    writer.ClassicXref("/Root " + std::to_string(rootNumber) + " 0 R");
-    auto opened = std::make_unique<Opened>(writer.Text());
-    opened->doc.entries.resize(static_cast<std::size_t>(last) + 1);
-    for (int number = 1; number <= last; ++number) {
-        XrefEntry& entry = opened->doc.entries[static_cast<std::size_t>(number)];
-        entry.type = 1;
-        entry.generation = 0;
-        entry.offset = static_cast<std::int64_t>(writer.OffsetOf(number));
-    }
-    opened->doc.root = new PDFParser::PDFRef(rootNumber, 0);
-    return opened;
+// Objects 1 to `last` are in the file, and so in its table.
+std::unique_ptr<Opened> OpenByHand(PdfWriter& writer, int /*last*/, int rootNumber) {
+    return tarquil::test::OpenWritten(writer, rootNumber);
 }
 
 // Groups A to D are objects 2 to 5, a second group named A is 6, then `more` from 7 on. The

@@ -2,6 +2,8 @@
 #include "pdf/xref/PDFDocument.h"
 #include "support/PdfWriter.h"
 
+#include "OpenedPdf.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -14,28 +16,12 @@ namespace {
 
 using tarquil::test::PdfWriter;
 
-struct Opened {
-    explicit Opened(const std::string& text) : in(text), doc(&in) {}
-    std::istringstream in;
-    PDFDocument doc;
-};
+using tarquil::test::Opened;
 
-// Sets up a PDFDocument over the writer's file with its table filled by hand, standing in
-// for Open; `written` are the object numbers the writer holds.
-std::unique_ptr<Opened> OpenByHand(PdfWriter& writer, const std::vector<int>& written,
+// The file's objects are all in its table; `written` names them for the reader's sake.
+std::unique_ptr<Opened> OpenByHand(PdfWriter& writer, const std::vector<int>& /*written*/,
                                    int rootNumber) {
-    writer.ClassicXref("/Root " + std::to_string(rootNumber) + " 0 R");
-    auto opened = std::make_unique<Opened>(writer.Text());
-    for (int number : written) {
-        if (opened->doc.entries.size() <= static_cast<std::size_t>(number))
-            opened->doc.entries.resize(static_cast<std::size_t>(number) + 1);
-        XrefEntry& entry = opened->doc.entries[static_cast<std::size_t>(number)];
-        entry.type = 1;
-        entry.generation = 0;
-        entry.offset = static_cast<std::int64_t>(writer.OffsetOf(number));
-    }
-    opened->doc.root = new PDFParser::PDFRef(rootNumber, 0);
-    return opened;
+    return tarquil::test::OpenWritten(writer, rootNumber);
 }
 
 // Object k+1 is bodies[k]; an empty body leaves the number out of the file and the table.
