@@ -1,0 +1,72 @@
+#pragma once
+// The content-stream interpreter: the parser hands every bare word to ExecuteWord, which is
+// the whole operator switch. Operators run to completion there and drive the graphics state.
+// Nothing is validated: a missing operand reads as zero and an unknown word is skipped.
+#include "graphics/EncodingMap.h"
+#include "graphics/PDFGraphicsState.h"
+#include "pdf/parser/PDFParser.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+class PDFGraphics : public PDFParser {
+public:
+    // All references are borrowed from the document. A page that is no dictionary leaves the
+    // interpreter without resources and without a clip box.
+    PDFGraphics(PDFDocument* document, PDFGraphicsState* state, PDFToken* page);
+
+    [[nodiscard]] PDFStatus ExecuteWord(const std::string& word, PDFDocument* document) override;
+    ~PDFGraphics() override;
+
+    virtual void SetColorSpaceName(std::uint8_t which, const std::string& name);
+    // Colour-space evaluation; they take their numbers from the operand stack.
+    virtual void SetAlternateColour(PDFToken* alternate, std::uint8_t which, std::uint64_t count);
+    virtual void ApplyColour(std::uint8_t which);
+    // Fills fontToUnicode[name], fontEncoding[name] and the font fields of the state.
+    virtual void LoadFont(const std::string& name);
+
+    // A direct dictionary becomes the current resources and the old value is returned;
+    // anything else (a reference or null included) changes nothing and returns the current.
+    PDFToken* SwapResources(PDFToken* newResources);
+
+    // Up to the first four bytes, big-endian: the key the operator switch goes by. No
+    // operator is longer than three bytes, so a longer word matches nothing.
+    static constexpr std::uint32_t PackOperator(std::string_view word) {
+        std::uint32_t key = 0;
+        for (std::size_t i = 0; i < word.size() && i < 4; ++i)
+            key = (key << 8) | static_cast<unsigned char>(word[i]);
+        return key;
+    }
+
+    PDFGraphicsState* state = nullptr;
+    PDFToken* pageDict = nullptr;
+    // The page's /Resources. It hides the parser's own CMap store of the same name, which a
+    // content stream never uses.
+    PDFToken* resources = nullptr;
+    PDFToken* colorSpaceDict = nullptr;
+    PDFToken* shadingDict = nullptr;
+    PDFToken* fontDict = nullptr;
+    PDFToken* swappedResources = nullptr;
+
+    // Index 0 non-stroking, 1 stroking. Not saved by q: a cs inside q ... Q outlives the Q.
+    std::string colorSpaceName[2];
+    std::map<std::string, ToUnicodeMap> fontToUnicode;
+    std::map<std::string, EncodingMap> fontEncoding;
+
+private:
+    // Resolves `key` of the dictionary `dict` and gives it back if it is a dictionary.
+    PDFToken* FindDict(PDFToken* dict, const std::string& key);
+    void SetClipFrom(PDFToken* box);
+
+    // One operator family each; they return false when the word is none of theirs.
+    bool GeneralOp(std::uint32_t op);
+    bool PathOp(std::uint32_t op);
+    bool ColourOp(std::uint32_t op, std::uint8_t which);
+    bool TextOp(std::uint32_t op);
+    bool MarkedOp(std::uint32_t op, PDFDocument* document);
+
+    void ShowTextArray();
+    void EndInlineImage();
+};
