@@ -3,6 +3,32 @@
 CVelmoDoc::CVelmoDoc() : m_layers([this] { return NewId(); }) {
     for (const wchar_t* name : {L"Top", L"Front", L"Right", L"Perspective"})
         m_views.push_back(std::make_unique<CVelmoView>(name, 1));
+    m_solidPattern.SetName(L"Solid");
+    m_solidPattern.SetFillType(GK_HatchPattern::HatchFillType::Solid);
+}
+
+int CVelmoHatchPatternTable::FindHatchPatternFromName(const wchar_t* name) const {
+    if (!name)
+        return -1;
+    for (int i = 0; i < HatchPatternCount(); ++i)
+        if (m_patterns[i].Name().CompareNoCase(name) == 0)
+            return i;
+    return -1;
+}
+
+bool CVelmoHatchPatternTable::AddHatchPattern(const GK_HatchPattern* pattern, bool /*reference*/,
+                                              int* index) {
+    if (!pattern || !pattern->IsValid())
+        return false;
+    int found = FindHatchPatternFromName(pattern->Name());
+    if (found < 0) {
+        m_patterns.push_back(*pattern);
+        found = HatchPatternCount() - 1;
+        m_patterns.back().SetIndex(found);
+    }
+    if (index)
+        *index = found;
+    return true;
 }
 
 bool CVelmoDoc::AddObject(CVelmoObject* object, bool referenceObject, bool /*inHistory*/) {

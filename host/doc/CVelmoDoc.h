@@ -24,6 +24,34 @@ private:
     int m_fits = 0;
 };
 
+// A fill pattern: solid, or parallel lines (the line definitions are not modelled here).
+class GK_HatchPattern : public GK_ModelComponent {
+public:
+    enum class HatchFillType { Solid = 0, Lines = 1 };
+
+    bool IsValid(GK_TextLog* = nullptr) const override { return !Name().IsEmpty(); }
+    HatchFillType FillType() const { return m_fillType; }
+    void SetFillType(HatchFillType type) { m_fillType = type; }
+
+private:
+    HatchFillType m_fillType = HatchFillType::Solid;
+};
+
+class CVelmoHatchPatternTable {
+public:
+    int HatchPatternCount() const { return static_cast<int>(m_patterns.size()); }
+    const GK_HatchPattern& operator[](int index) const { return m_patterns[index]; }
+    // Index of the pattern with that name (without regard to case), or -1.
+    int FindHatchPatternFromName(const wchar_t* name) const;
+    // Adds a copy of a valid pattern and gives its index through `index`. A pattern whose name
+    // is already in the table is not added twice: `index` gets the existing one, and the
+    // result is still true, so that every read of a session can ask for the same pattern.
+    bool AddHatchPattern(const GK_HatchPattern* pattern, bool reference, int* index);
+
+private:
+    std::vector<GK_HatchPattern> m_patterns;
+};
+
 class CVelmoDoc {
 public:
     CVelmoDoc();
@@ -34,6 +62,10 @@ public:
     const CVelmoLayerTable& LayerTable() const { return m_layers; }
     CVelmoLinetypeTable& LinetypeTable() { return m_linetypes; }
     const CVelmoLinetypeTable& LinetypeTable() const { return m_linetypes; }
+    CVelmoHatchPatternTable& HatchPatternTable() { return m_hatchPatterns; }
+    const CVelmoHatchPatternTable& HatchPatternTable() const { return m_hatchPatterns; }
+    // The document's own solid pattern, which is in the hatch pattern table only once added.
+    const GK_HatchPattern& SolidHatchPattern() const { return m_solidPattern; }
 
     // Takes the object over. Returns false, and deletes it, when it has no valid geometry or
     // names a layer that does not exist.
@@ -63,6 +95,8 @@ private:
     std::uint64_t m_serial = 0;
     CVelmoLayerTable m_layers;
     CVelmoLinetypeTable m_linetypes;
+    CVelmoHatchPatternTable m_hatchPatterns;
+    GK_HatchPattern m_solidPattern;
     std::vector<std::unique_ptr<CVelmoObject>> m_objects;
     std::vector<std::unique_ptr<CVelmoView>> m_views;
     double m_tolerance = 0.001;

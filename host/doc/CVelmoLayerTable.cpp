@@ -71,3 +71,27 @@ GK_wString CVelmoLayerTable::FullPathName(int index) const {
     }
     return GK_wString(path);
 }
+
+int CVelmoLayerTable::FindLayerFromFullPathName(const wchar_t* fullPathName, int notFound) const {
+    if (!fullPathName)
+        return notFound;
+    for (int i = 0; i < LayerCount(); ++i)
+        if (FullPathName(i).CompareNoCase(fullPathName) == 0)
+            return i;
+    return notFound;
+}
+
+bool CVelmoLayerTable::ModifyLayer(const GK_Layer& layer, int index, bool /*quiet*/) {
+    if (index < 0 || index >= LayerCount() || layer.Name().IsEmpty())
+        return false;
+    const GK_UUID& parent = layer.ParentId();
+    if (!parent.IsNil() && (parent == m_layers[index].Id() || FindLayerFromId(parent) < 0))
+        return false;
+    if (FindLayerFromParentAndName(parent, layer.Name(), index) >= 0)
+        return false;
+    GK_Layer modified = layer;
+    modified.SetId(m_layers[index].Id());
+    modified.SetIndex(index);
+    m_layers[index] = modified;
+    return true;
+}

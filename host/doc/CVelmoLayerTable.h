@@ -19,6 +19,9 @@ public:
     int CurrentLayerIndex() const { return m_current; }
     const GK_Layer& CurrentLayer() const { return m_layers[m_current]; }
     bool SetCurrentLayerIndex(int index);
+    // `quiet` would suppress the host's notice of the change; there is none here to suppress.
+    bool SetCurrentLayerIndex(int index, bool /*quiet*/) { return SetCurrentLayerIndex(index); }
+    const GK_UUID& CurrentLayerId() const { return m_layers[m_current].Id(); }
 
     // The index of the layer with that name (compared without regard to case) under that
     // parent, or -1. The layer at `ignoreIndex` is passed over; an index outside the table
@@ -26,11 +29,18 @@ public:
     int FindLayerFromParentAndName(const GK_UUID& parentId, const wchar_t* name,
                                    int ignoreIndex) const;
     int FindLayerFromId(const GK_UUID& id) const;
+    // The index of the layer whose "Parent::Child" name matches (without regard to case), or
+    // `notFound`.
+    int FindLayerFromFullPathName(const wchar_t* fullPathName, int notFound) const;
     // Properties of a new layer: black, visible, unlocked, no name, no parent.
     void GetDefaultLayerProperties(GK_Layer& layer) const;
     // Adds a layer and returns its index, or -1 when its name is empty or already used by a
     // sibling, or its parent does not exist. A nil id gets a fresh one.
     int AddLayer(const GK_Layer& layer, bool reference = false);
+    // Replaces the properties of the layer at `index`; its id and index stay. False when the
+    // index is outside the table, the name is empty or taken by a sibling, or the parent is
+    // missing or the layer itself.
+    bool ModifyLayer(const GK_Layer& layer, int index, bool quiet = true);
     // "Parent::Child" names from the top of the tree.
     GK_wString FullPathName(int index) const;
 

@@ -16,3 +16,22 @@ int CVelmoLinetypeTable::AddLinetype(const GK_Linetype& linetype, bool /*referen
     m_linetypes.back().SetIndex(LinetypeCount() - 1);
     return LinetypeCount() - 1;
 }
+
+int CVelmoLinetypeTable::FindLinePatternFromName(const wchar_t* name, bool /*ignoreDeleted*/,
+                                                 int notFound) const {
+    const int index = FindLinetypeFromName(name);
+    return index >= 0 ? index : notFound;
+}
+
+int CVelmoLinetypeTable::AddLinetype(const wchar_t* name, const GK_SimpleArray<double>& segments) {
+    GK_Linetype linetype;
+    linetype.SetName(name);
+    for (double length : segments) {
+        GK_LinetypeSegment segment;
+        segment.m_seg_type =
+            length < 0.0 ? GK_LinetypeSegment::stSpace : GK_LinetypeSegment::stLine;
+        segment.m_length = length < 0.0 ? -length : length;
+        linetype.AppendSegment(segment);
+    }
+    return AddLinetype(linetype);
+}

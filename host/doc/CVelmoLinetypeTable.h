@@ -3,6 +3,8 @@
 #include "host/base/GK_String.h"
 #include "host/doc/GK_Layer.h"
 
+#include "host/base/GK_Array.h"
+
 #include <vector>
 
 struct GK_LinetypeSegment {
@@ -27,12 +29,21 @@ private:
 
 class CVelmoLinetypeTable {
 public:
+    // The index that stands for "no linetype" where -1 would already mean continuous.
+    static constexpr int UnsetIndex = -2147483647;
+
     int LinetypeCount() const { return static_cast<int>(m_linetypes.size()); }
     const GK_Linetype& operator[](int index) const { return m_linetypes[index]; }
     // Index of the linetype with that name (without regard to case), or -1.
     int FindLinetypeFromName(const wchar_t* name) const;
     // Adds a valid linetype with an unused name and returns its index, else -1.
     int AddLinetype(const GK_Linetype& linetype, bool reference = false);
+    // As FindLinetypeFromName, but with `notFound` for a miss. Nothing is ever deleted from
+    // this table, so `ignoreDeleted` changes nothing.
+    int FindLinePatternFromName(const wchar_t* name, bool ignoreDeleted, int notFound) const;
+    // A linetype from signed lengths: positive ones draw, negative ones leave a gap of that
+    // length. Gives the new index, or -1 as AddLinetype does.
+    int AddLinetype(const wchar_t* name, const GK_SimpleArray<double>& segments);
 
 private:
     std::vector<GK_Linetype> m_linetypes;
