@@ -6,7 +6,7 @@
 #include "host/doc/GK_Color.h"
 #include "host/geometry/GK_Curve.h"
 
-PDFToVelmo::PDFToVelmo(CVelmoDoc* doc_, CVelmoFileReadOptions* readOptions_)
+PDFToVelmo::PDFToVelmo(CVelmoDoc* doc_, const CVelmoFileReadOptions* readOptions_)
     : doc(doc_), readOptions(readOptions_) {
     layerIndex = doc->LayerTable().CurrentLayerIndex();
     // Fills must come out solid, so the pattern is the document's solid one.

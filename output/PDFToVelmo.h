@@ -22,7 +22,7 @@ class GK_Curve;
 class PDFToVelmo : public PDFGraphicsState {
 public:
     // Both pointers are borrowed. Creates nothing in the document but the solid fill pattern.
-    PDFToVelmo(CVelmoDoc* doc, CVelmoFileReadOptions* readOptions);
+    PDFToVelmo(CVelmoDoc* doc, const CVelmoFileReadOptions* readOptions);
 
     // Keeps the image; it is released by the finishing pass.
     void DrawImage(PDFImage* image) override;
@@ -46,7 +46,7 @@ public:
     int FindOrAddLinetype(const std::vector<double>& dash);
 
     CVelmoDoc* doc = nullptr;
-    CVelmoFileReadOptions* readOptions = nullptr;
+    const CVelmoFileReadOptions* readOptions = nullptr;
     std::vector<PendingObject> pendingObjects;
     GK_SimpleArray<GK_Curve*> segmentCurves; // owned; empty between painting operations
     std::string operationLabel;

@@ -51,14 +51,15 @@ TEST(FormatDispatch, ImportFileRoutesByContent) {
     CVelmoDoc doc;
     CVelmoFileReadOptions options;
 
-    // No marker: the PDF route, which reports on the command line when headless.
+    // No marker: the PDF route, which reports on the command line when headless; the file
+    // has no cross-reference end to find.
     tarquil::test::TempFile pdf("drawing.ai", "%PDF-1.4\n1 0 obj\n<<>>\nendobj\n");
     EXPECT_EQ(plugIn.ImportFile(pdf.WidePath().c_str(), 1, doc, options), 0);
     EXPECT_EQ(plugIn.currentFormatIndex, 1);
     ASSERT_EQ(VmMessages().Messages().size(), 1u);
     EXPECT_EQ(VmMessages().Messages()[0].kind, "print");
     EXPECT_EQ(VmMessages().Messages()[0].text,
-              L"Error reading file " + pdf.WidePath() + L" -- Internal Error.\n");
+              L"Error reading file " + pdf.WidePath() + L" -- Invalid PDF.\n");
 
     // An empty file holds no marker either.
     VmMessages().Clear();
