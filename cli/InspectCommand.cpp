@@ -2,6 +2,7 @@
 
 #include "cli/InspectDocument.h"
 #include "cli/InspectSupport.h"
+#include "cli/InspectTrace.h"
 #include "cli/TarquilApp.h"
 
 #include "filters/FilterPipeline.h"
@@ -45,6 +46,7 @@ InspectCommands AddInspectCommand(CLI::App& app, InspectArguments& args) {
     InspectCommands commands = AddInspectDocumentCommands(*inspect, args);
     commands.tokens = tokens;
     commands.filter = filter;
+    commands.trace = AddInspectTraceCommand(*inspect, args);
     return commands;
 }
 

@@ -11,6 +11,7 @@ struct InspectArguments {
     std::string output = "-"; // filter, stream: where the decoded bytes go
     int object = 0;           // object, stream: the object number
     int generation = -1;      // object, stream: -1 takes the table's generation
+    std::string pages;        // trace: the answer to the page prompt; empty asks as usual
 };
 
 struct InspectCommands {
@@ -19,6 +20,7 @@ struct InspectCommands {
     CLI::App* info = nullptr;
     CLI::App* object = nullptr;
     CLI::App* stream = nullptr;
+    CLI::App* trace = nullptr;
 };
 
 // Adds "inspect" with its subcommands.

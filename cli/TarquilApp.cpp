@@ -3,6 +3,7 @@
 #include "cli/ImportCommand.h"
 #include "cli/InspectCommand.h"
 #include "cli/InspectDocument.h"
+#include "cli/InspectTrace.h"
 #include "cli/UsageError.h"
 #include "host/base/GK_String.h"
 #include "shell/CQuillonPlugIn.h"
@@ -62,6 +63,8 @@ int RunTarquil(int argc, const char* const* argv) {
             return RunInspectObject(inspectArgs);
         if (inspect.stream->parsed())
             return RunInspectStream(inspectArgs);
+        if (inspect.trace->parsed())
+            return RunInspectTrace(inspectArgs);
     } catch (const UsageError& e) {
         std::cerr << "tarquil: error: " << e.what() << "\n"
                   << "Run with --help for more information.\n";
