@@ -1,5 +1,7 @@
 #include "cli/TraceState.h"
 
+#include "host/base/GK_String.h"
+
 #include "cli/InspectSupport.h"
 
 #include "graphics/PDFImage.h"
@@ -136,33 +138,19 @@ TraceValue TraceValue::List(std::vector<TraceValue> items) {
 }
 
 std::string TraceUtf8(const std::u16string& text) {
-    std::string out;
+    // Pairs of surrogates join into one character; a lone one stands for U+FFFD (the
+    // host's encoder replaces it so).
+    std::wstring wide;
     for (std::size_t i = 0; i < text.size(); ++i) {
         char32_t c = text[i];
         if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
             text[i + 1] <= 0xDFFF) {
             c = 0x10000 + ((c - 0xD800) << 10) + (text[i + 1] - 0xDC00);
             ++i;
-        } else if (c >= 0xD800 && c <= 0xDFFF) {
-            c = 0xFFFD;
         }
-        if (c < 0x80) {
-            out += static_cast<char>(c);
-        } else if (c < 0x800) {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {
-            out += static_cast<char>(0xE0 | (c >> 12));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (c >> 18));
-            out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        }
+        wide += static_cast<wchar_t>(c);
     }
-    return out;
+    return VmUtf8FromWide(wide);
 }
 
 std::string TraceState::TextReport() const {

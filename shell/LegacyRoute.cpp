@@ -1,6 +1,7 @@
 // The read of PostScript-based Illustrator and EPS files: the line scanner's curves, scaled
 // by the format's options or fitted to a default screen, on the scanner's layers.
 #include "shell/CQuillonPlugIn.h"
+#include "shell/RouteEnd.h"
 
 #include "legacy/LineReader.h"
 #include "legacy/PostScriptPathScanner.h"
@@ -167,12 +168,6 @@ int CQuillonPlugIn::ReadLegacyRoute(const wchar_t* path, CVelmoDoc& doc,
 
     VelmoApp().Print(VmLocalizeString(L"Imported %d curves from %s\n", 20011), added, path);
 
-    if (options.Mode(CVelmoFileReadOptions::FitViewsFlag)) {
-        std::vector<CVelmoView*> views;
-        doc.GetViewList(views, 1);
-        for (CVelmoView* view : views)
-            VelmoDollyExtents(view, true);
-    }
-    doc.Redraw();
+    FitViewsAndRedraw(doc, options);
     return 1;
 }

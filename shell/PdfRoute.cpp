@@ -4,6 +4,7 @@
 #include "shell/PagePrompt.h"
 #include "shell/PdfErrorReport.h"
 #include "shell/PdfPlacement.h"
+#include "shell/RouteEnd.h"
 
 #include "graphics/PageDriver.h"
 #include "output/PDFToVelmo.h"
@@ -73,12 +74,6 @@ int CQuillonPlugIn::ReadPdfRoute(const wchar_t* path, CVelmoDoc& doc,
                           placement.boundaryCurves, placement.importLineWeights,
                           showMissingFontsDialog);
 
-    if (options.Mode(CVelmoFileReadOptions::FitViewsFlag)) {
-        std::vector<CVelmoView*> views;
-        doc.GetViewList(views, 1);
-        for (CVelmoView* view : views)
-            VelmoDollyExtents(view, true);
-    }
-    doc.Redraw();
+    FitViewsAndRedraw(doc, options);
     return 1;
 }
