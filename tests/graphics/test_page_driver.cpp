@@ -33,27 +33,27 @@ using Points = std::vector<std::pair<double, double>>;
 
 // A file with catalog 1 and page-tree root 2 over `pages` (object bodies numbered from 10);
 // `extra` holds further objects, streams given as (entries, data).
-struct Spec {
+struct FileShape {
     std::vector<std::string> pages;
     std::string treeEntries;
     std::vector<std::pair<int, std::string>> objects;
     std::vector<std::pair<int, std::pair<std::string, std::string>>> streams;
 };
 
-std::string Build(const Spec& spec) {
+std::string Build(const FileShape& shape) {
     PdfWriter writer;
     writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
     std::string kids;
-    for (std::size_t i = 0; i < spec.pages.size(); ++i)
+    for (std::size_t i = 0; i < shape.pages.size(); ++i)
         kids += std::to_string(10 + i) + " 0 R ";
     writer.Object(2, "<< /Type /Pages /Kids [" + kids + "] /Count " +
-                         std::to_string(spec.pages.size()) + " " + spec.treeEntries + " >>");
-    for (std::size_t i = 0; i < spec.pages.size(); ++i)
+                         std::to_string(shape.pages.size()) + " " + shape.treeEntries + " >>");
+    for (std::size_t i = 0; i < shape.pages.size(); ++i)
         writer.Object(static_cast<int>(10 + i),
-                      "<< /Type /Page /Parent 2 0 R " + spec.pages[i] + " >>");
-    for (const auto& [number, body] : spec.objects)
+                      "<< /Type /Page /Parent 2 0 R " + shape.pages[i] + " >>");
+    for (const auto& [number, body] : shape.objects)
         writer.Object(number, body);
-    for (const auto& [number, stream] : spec.streams)
+    for (const auto& [number, stream] : shape.streams)
         writer.Stream(number, stream.first, stream.second);
     writer.ClassicXref("/Root 1 0 R");
     return writer.Text();
@@ -66,7 +66,7 @@ PDFStatus Read(const std::string& text, PageSink& sink, const PagePrompt& prompt
 }
 
 // One page of [0 0 200 100] drawing a line from its origin to its far corner.
-Spec RotatedPage(const std::string& rotate) {
+FileShape RotatedPage(const std::string& rotate) {
     return {{"/MediaBox [0 0 200 100] /Contents 100 0 R " + rotate},
             "",
             {},
@@ -93,7 +93,7 @@ TEST(PageDriver, OpeningAndPageSelection) {
     EXPECT_EQ(single.strokes.size(), 1u);
 
     // Each page draws a line to (n, 0) so the order shows.
-    Spec three;
+    FileShape three;
     for (int i = 0; i < 3; ++i) {
         three.pages.push_back("/Contents " + std::to_string(100 + i) + " 0 R");
         three.streams.push_back({100 + i, {"", "0 0 m " + std::to_string(i + 1) + " 0 l S"}});
@@ -121,15 +121,15 @@ TEST(PageDriver, OpeningAndPageSelection) {
 }
 
 TEST(PageDriver, PagesStackDownwardByTheirHeight) {
-    Spec spec;
+    FileShape shape;
     for (int i = 0; i < 3; ++i) {
-        spec.pages.push_back(
+        shape.pages.push_back(
             std::string(i == 2 ? "/MediaBox [0 0 300 50]" : "/MediaBox [0 0 200 100]") +
             " /Contents 100 0 R");
     }
-    spec.streams.push_back({100, {"", "0 0 m 10 10 l S"}});
+    shape.streams.push_back({100, {"", "0 0 m 10 10 l S"}});
     PageSink sink;
-    EXPECT_EQ(Read(Build(spec), sink, [](int, bool) { return std::set<int>{0, 1, 2}; }), kPdfOk);
+    EXPECT_EQ(Read(Build(shape), sink, [](int, bool) { return std::set<int>{0, 1, 2}; }), kPdfOk);
     ASSERT_EQ(sink.strokes.size(), 3u);
     // Half of each neighbour's height apart: 0, -100, then -100 - 50 - 25.
     EXPECT_EQ(sink.strokes[0], (Points{{0, 0}, {10, 10}}));
@@ -156,10 +156,10 @@ TEST(PageDriver, RotationTurnsThePageWithExactAxes) {
         {"/Rotate 99 0 R", "ConcatMatrix 1 0 0 1 0 0", {{0, 0}, {200, 100}}},
     };
     for (const Case& c : cases) {
-        Spec spec = RotatedPage(c.rotate);
-        spec.objects.push_back({99, "90"});
+        FileShape shape = RotatedPage(c.rotate);
+        shape.objects.push_back({99, "90"});
         PageSink sink;
-        EXPECT_EQ(Read(Build(spec), sink), kPdfOk) << c.rotate;
+        EXPECT_EQ(Read(Build(shape), sink), kPdfOk) << c.rotate;
         const auto concat = sink.Calls("ConcatMatrix");
         ASSERT_EQ(concat.size(), 4u) << c.rotate;
         EXPECT_EQ(concat[2], c.turn) << c.rotate;
@@ -169,12 +169,13 @@ TEST(PageDriver, RotationTurnsThePageWithExactAxes) {
 }
 
 TEST(PageDriver, BoxOnlyOnTheParentGivesNoSize) {
-    Spec spec;
-    spec.treeEntries = "/MediaBox [0 0 200 100]";
-    spec.pages = {"/Contents 100 0 R", "/Contents 100 0 R", "/Contents 100 0 R /CropBox [0 0 5 5]"};
-    spec.streams.push_back({100, {"", "0 0 m 1 1 l S"}});
+    FileShape shape;
+    shape.treeEntries = "/MediaBox [0 0 200 100]";
+    shape.pages = {"/Contents 100 0 R", "/Contents 100 0 R",
+                   "/Contents 100 0 R /CropBox [0 0 5 5]"};
+    shape.streams.push_back({100, {"", "0 0 m 1 1 l S"}});
     PageSink sink;
-    EXPECT_EQ(Read(Build(spec), sink, [](int, bool) { return std::set<int>{0, 1}; }), kPdfOk);
+    EXPECT_EQ(Read(Build(shape), sink, [](int, bool) { return std::set<int>{0, 1}; }), kPdfOk);
     ASSERT_EQ(sink.strokes.size(), 2u);
     // Not inherited: no offset for either page, and no clip box from the parent's box.
     EXPECT_EQ(sink.strokes[0], (Points{{0, 0}, {1, 1}}));
@@ -182,7 +183,7 @@ TEST(PageDriver, BoxOnlyOnTheParentGivesNoSize) {
     EXPECT_FALSE(sink.hasClipBox);
 
     PageSink cropped;
-    EXPECT_EQ(Read(Build(spec), cropped, [](int, bool) { return std::set<int>{2}; }), kPdfOk);
+    EXPECT_EQ(Read(Build(shape), cropped, [](int, bool) { return std::set<int>{2}; }), kPdfOk);
     EXPECT_TRUE(cropped.hasClipBox);
     EXPECT_EQ(cropped.clipBox.xmax, 5.0);
 }
@@ -190,23 +191,23 @@ TEST(PageDriver, BoxOnlyOnTheParentGivesNoSize) {
 TEST(PageDriver, ContentStreams) {
     // An array: operands carry across the boundary, which is also a token boundary; items
     // that are no stream are passed over.
-    Spec spec;
-    spec.pages = {"/MediaBox [0 0 10 10] /Contents [100 0 R 7 101 0 R 102 0 R]"};
-    spec.streams = {{100, {"", "1 2"}}, {101, {"", "m 3 4 l"}}, {102, {"", "S"}}};
+    FileShape shape;
+    shape.pages = {"/MediaBox [0 0 10 10] /Contents [100 0 R 7 101 0 R 102 0 R]"};
+    shape.streams = {{100, {"", "1 2"}}, {101, {"", "m 3 4 l"}}, {102, {"", "S"}}};
     PageSink sink;
-    EXPECT_EQ(Read(Build(spec), sink), kPdfOk);
+    EXPECT_EQ(Read(Build(shape), sink), kPdfOk);
     EXPECT_EQ(sink.strokes, (std::vector<Points>{{{1, 2}, {3, 4}}}));
 
     // A null item in the array ends the read.
-    spec.pages = {"/MediaBox [0 0 10 10] /Contents [100 0 R null]"};
+    shape.pages = {"/MediaBox [0 0 10 10] /Contents [100 0 R null]"};
     PageSink withNull;
-    EXPECT_EQ(Read(Build(spec), withNull), kPdfNullReference);
+    EXPECT_EQ(Read(Build(shape), withNull), kPdfNullReference);
 
     // A page without /Contents, blank or not, ends the read; earlier pages stay drawn.
-    spec.pages = {"/Contents 100 0 R", "/MediaBox [0 0 10 10]"};
-    spec.streams = {{100, {"", "0 0 m 1 1 l S"}}};
+    shape.pages = {"/Contents 100 0 R", "/MediaBox [0 0 10 10]"};
+    shape.streams = {{100, {"", "0 0 m 1 1 l S"}}};
     PageSink blank;
-    EXPECT_EQ(Read(Build(spec), blank,
+    EXPECT_EQ(Read(Build(shape), blank,
                    [](int, bool) {
                        return std::set<int>{0, 1};
                    }),
@@ -214,17 +215,17 @@ TEST(PageDriver, ContentStreams) {
     EXPECT_EQ(blank.strokes.size(), 1u);
 
     // /Contents that is neither stream nor array draws nothing and is no error.
-    spec.pages = {"/Contents 5"};
+    shape.pages = {"/Contents 5"};
     PageSink number;
-    EXPECT_EQ(Read(Build(spec), number), kPdfOk);
+    EXPECT_EQ(Read(Build(shape), number), kPdfOk);
     EXPECT_TRUE(number.strokes.empty());
 }
 
 TEST(PageDriver, AnnotationAppearances) {
-    Spec spec;
-    spec.pages = {"/MediaBox [0 0 200 100] /Contents 100 0 R /Annots [20 0 R 21 0 R 22 0 R 23 0 R "
-                  "24 0 R]"};
-    spec.streams = {
+    FileShape shape;
+    shape.pages = {"/MediaBox [0 0 200 100] /Contents 100 0 R /Annots [20 0 R 21 0 R 22 0 R 23 0 R "
+                   "24 0 R]"};
+    shape.streams = {
         {100, {"", ""}},
         // Rect centre (60, 35), box centre (50, 25), same size: moved by (10, 10).
         {30, {"/BBox [0 0 100 50]", "0 0 m 100 50 l S"}},
@@ -232,7 +233,7 @@ TEST(PageDriver, AnnotationAppearances) {
         {32, {"/BBox [0 0 10 10]", "] 0 0 m 9 9 l S"}},
         {33, {"", "0 0 m 2 2 l S"}},
     };
-    spec.objects = {
+    shape.objects = {
         {20, "<< /Rect [10 10 110 60] /AP << /N 30 0 R >> >>"},
         // No /BBox: the previous annotation's placement is used again.
         {21, "<< /Rect [0 0 50 50] /AP << /N 31 0 R >> >>"},
@@ -243,7 +244,7 @@ TEST(PageDriver, AnnotationAppearances) {
         {24, "<< /AP << /N 33 0 R >> >>"},
     };
     PageSink sink;
-    EXPECT_EQ(Read(Build(spec), sink), kPdfOk);
+    EXPECT_EQ(Read(Build(shape), sink), kPdfOk);
     ASSERT_EQ(sink.strokes.size(), 3u);
     EXPECT_EQ(sink.strokes[0], (Points{{10, 10}, {110, 60}}));
     EXPECT_EQ(sink.strokes[1], (Points{{10, 10}, {11, 11}}));
@@ -256,17 +257,17 @@ TEST(PageDriver, AnnotationAppearances) {
     EXPECT_EQ(sink.currentMatrix, PDFMatrix{});
 
     // The first annotation without /BBox draws untransformed; a null item ends the read.
-    spec.pages = {"/MediaBox [0 0 200 100] /Contents 100 0 R /Annots [24 0 R null]"};
+    shape.pages = {"/MediaBox [0 0 200 100] /Contents 100 0 R /Annots [24 0 R null]"};
     PageSink first;
-    EXPECT_EQ(Read(Build(spec), first), kPdfNullReference);
+    EXPECT_EQ(Read(Build(shape), first), kPdfNullReference);
     EXPECT_EQ(first.strokes, (std::vector<Points>{{{0, 0}, {2, 2}}}));
     // Its bracket is the starting "q " as well as the driver's own.
     EXPECT_EQ(first.Calls("SaveState").size(), 2u);
 
     // /Annots that is no array is ignored.
-    spec.pages = {"/MediaBox [0 0 200 100] /Contents 100 0 R /Annots 5"};
+    shape.pages = {"/MediaBox [0 0 200 100] /Contents 100 0 R /Annots 5"};
     PageSink none;
-    EXPECT_EQ(Read(Build(spec), none), kPdfOk);
+    EXPECT_EQ(Read(Build(shape), none), kPdfOk);
     EXPECT_TRUE(none.strokes.empty());
 }
 
