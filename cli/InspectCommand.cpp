@@ -8,6 +8,7 @@
 #include "filters/FilterPipeline.h"
 #include "pdf/input/MemoryInput.h"
 #include "pdf/parser/PDFParser.h"
+#include "pdf/parser/ParseText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -78,17 +79,12 @@ int RunInspectTokens(const InspectArguments& args) {
 
 int RunInspectFilter(const InspectArguments& args) {
     // The dictionary is read by the same parser as any PDF text, without a document.
-    auto dictInput = MakeMemoryInput(args.dict.data(), args.dict.size());
-    PDFParser parser(args.dict.empty() ? nullptr : dictInput.get(), nullptr);
-    const PDFStatus parsed = parser.ParseUntil("");
-    if ((parsed != kPdfOk && parsed != kPdfEof) || parser.operandStack.size() != 1 ||
-        !parser.operandStack[0]->IsType(kPdfKindDict)) {
+    PDFToken* dict = ParseDictionaryText(args.dict);
+    if (!dict) {
         std::cerr << "tarquil: error: --dict must be one PDF dictionary, such as "
                      "'<</Filter/FlateDecode>>'\n";
         return kExitUsage;
     }
-    PDFToken* dict = parser.operandStack[0];
-    parser.operandStack.clear(); // its reference moves into the stream
 
     std::string bytes;
     if (!ReadInput(args.file, bytes)) {

@@ -2,24 +2,13 @@
 // dictionary as PDF text, the rest its data. A first line that is no dictionary picks one of
 // a few fixed chains instead, so the fuzzer also reaches deep into each filter.
 #include "filters/FilterPipeline.h"
-#include "pdf/input/MemoryInput.h"
 #include "pdf/parser/PDFParser.h"
+#include "pdf/parser/ParseText.h"
 
 #include <cstdint>
 #include <string>
 
 namespace {
-
-PDFToken* ParseDictionary(const std::string& text) {
-    auto input = MakeMemoryInput(text.data(), text.size());
-    PDFParser parser(text.empty() ? nullptr : input.get(), nullptr);
-    (void)parser.ParseUntil("");
-    if (parser.operandStack.size() != 1 || !parser.operandStack[0]->IsType(kPdfKindDict))
-        return nullptr;
-    PDFToken* dict = parser.operandStack[0];
-    parser.operandStack.clear();
-    return dict;
-}
 
 const char* const kChains[] = {
     "<</Filter/FlateDecode>>",
@@ -41,10 +30,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string head = bytes.substr(0, newline);
     const std::string body =
         newline == std::string::npos ? std::string() : bytes.substr(newline + 1);
-    PDFToken* dict = ParseDictionary(head);
+    PDFToken* dict = ParseDictionaryText(head);
     if (!dict) {
         const std::size_t pick = size ? data[0] % (sizeof kChains / sizeof kChains[0]) : 0;
-        dict = ParseDictionary(kChains[pick]);
+        dict = ParseDictionaryText(kChains[pick]);
     }
     const PDFTokenRef stream(new PDFParser::PDFStream(body, dict));
     std::string out;

@@ -2,6 +2,7 @@
 // Streams and parameter dictionaries for filter tests, written as PDF text.
 #include "pdf/input/MemoryInput.h"
 #include "pdf/parser/PDFParser.h"
+#include "pdf/parser/ParseText.h"
 
 #include <gtest/gtest.h>
 
@@ -12,14 +13,7 @@ namespace filtertest {
 
 // The dictionary that `text` parses to, with its one reference, or null.
 inline PDFToken* ParseDict(const std::string& text) {
-    auto input = MakeMemoryInput(text.data(), text.size());
-    PDFParser parser(input.get(), nullptr);
-    (void)parser.ParseUntil("");
-    if (parser.operandStack.size() != 1 || !parser.operandStack[0]->IsType(kPdfKindDict))
-        return nullptr;
-    PDFToken* dict = parser.operandStack[0];
-    parser.operandStack.clear();
-    return dict;
+    return ParseDictionaryText(text);
 }
 
 // A stream of `data` whose dictionary is `dictText`.
