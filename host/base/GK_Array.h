@@ -30,6 +30,7 @@ public:
     T* Array() { return m_a.data(); }
     const T* Array() const { return m_a.data(); }
     T* Last() { return m_a.empty() ? nullptr : &m_a.back(); }
+    const T* Last() const { return m_a.empty() ? nullptr : &m_a.back(); }
 
     auto begin() { return m_a.begin(); }
     auto end() { return m_a.end(); }

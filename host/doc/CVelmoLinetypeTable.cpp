@@ -1,12 +1,24 @@
 #include "host/doc/CVelmoLinetypeTable.h"
 
+#include <cwctype>
+
+namespace {
+
+// The same folding as GK_wString::CompareNoCase, so both agree on what is one name.
+std::wstring Folded(const wchar_t* name) {
+    std::wstring key(name ? name : L"");
+    for (wchar_t& c : key)
+        c = static_cast<wchar_t>(std::towlower(static_cast<wint_t>(c)));
+    return key;
+}
+
+} // namespace
+
 int CVelmoLinetypeTable::FindLinetypeFromName(const wchar_t* name) const {
     if (!name)
         return -1;
-    for (int i = 0; i < LinetypeCount(); ++i)
-        if (m_linetypes[i].Name().CompareNoCase(name) == 0)
-            return i;
-    return -1;
+    const auto found = m_byName.find(Folded(name));
+    return found == m_byName.end() ? -1 : found->second;
 }
 
 int CVelmoLinetypeTable::AddLinetype(const GK_Linetype& linetype, bool /*reference*/) {
@@ -14,6 +26,7 @@ int CVelmoLinetypeTable::AddLinetype(const GK_Linetype& linetype, bool /*referen
         return -1;
     m_linetypes.push_back(linetype);
     m_linetypes.back().SetIndex(LinetypeCount() - 1);
+    m_byName.emplace(Folded(linetype.Name()), LinetypeCount() - 1);
     return LinetypeCount() - 1;
 }
 

@@ -5,6 +5,8 @@
 
 #include "host/base/GK_Array.h"
 
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 struct GK_LinetypeSegment {
@@ -47,4 +49,6 @@ public:
 
 private:
     std::vector<GK_Linetype> m_linetypes;
+    // Case-folded name to index: an import may add thousands of dash patterns.
+    std::unordered_map<std::wstring, int> m_byName;
 };

@@ -2,6 +2,7 @@
 // Document objects and their attributes.
 #include "host/doc/GK_Color.h"
 #include "host/geometry/GK_Curve.h"
+#include "host/geometry/GK_Hatch.h"
 
 #include <memory>
 
@@ -60,4 +61,19 @@ public:
 
 private:
     std::unique_ptr<GK_Curve> m_curve;
+};
+
+class CVelmoHatch : public CVelmoObject {
+public:
+    CVelmoHatch() = default;
+    explicit CVelmoHatch(const CVelmoObjectAttributes& attributes) { SetAttributes(attributes); }
+    Kind ObjectKind() const override { return hatch_object; }
+    const GK_Geometry* Geometry() const override { return m_hatch.get(); }
+
+    // Takes ownership of the hatch.
+    void SetHatch(GK_Hatch* hatch) { m_hatch.reset(hatch); }
+    const GK_Hatch* Hatch() const { return m_hatch.get(); }
+
+private:
+    std::unique_ptr<GK_Hatch> m_hatch;
 };

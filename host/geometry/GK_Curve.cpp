@@ -1,6 +1,9 @@
 #include "host/geometry/GK_Curve.h"
 
+#include "host/geometry/GK_CurvePoints.h"
+
 #include <cmath>
+#include <vector>
 
 bool GK_Curve::IsClosed() const {
     if (!IsValid())
@@ -9,6 +12,18 @@ bool GK_Curve::IsClosed() const {
     const GK_3dPoint b = PointAtEnd();
     if (!a.IsValid() || !b.IsValid())
         return false;
+    if (a != b) {
+        // The control points hold the curve, so their box is at least as large as the
+        // curve's: ends too far apart for it need no exact box, which is the costly part.
+        std::vector<GK_3dPoint> hull;
+        GK_CurveControlPoints(*this, hull);
+        GK_BoundingBox hullBox;
+        for (const GK_3dPoint& p : hull)
+            hullBox.Set(p, true);
+        const double hullSize = hullBox.Diagonal().Length();
+        if (std::isfinite(hullSize) && a.DistanceTo(b) > 1e-12 * hullSize)
+            return false;
+    }
     // A curve that never leaves its start point is a point, not a loop.
     const double size = BoundingBox().Diagonal().Length();
     if (!(size > 0.0))
@@ -18,4 +33,41 @@ bool GK_Curve::IsClosed() const {
     // Rational evaluation and transformations round; ends that differ only by that
     // rounding still meet. The allowance is far below any drawing tolerance.
     return std::isfinite(size) && a.DistanceTo(b) <= 1e-12 * size;
+}
+
+namespace {
+
+// Distance of `p` from the line through `a` and `b`, or from `a` when the two are within
+// `tolerance` of each other: a direction through nearly coincident ends means nothing.
+double DistanceFromLine(const GK_3dPoint& p, const GK_3dPoint& a, const GK_3dPoint& b,
+                        double tolerance) {
+    const GK_3dVector d = b - a;
+    const GK_3dVector w = p - a;
+    const double len = d.Length();
+    if (!(len > tolerance) || len == 0.0)
+        return w.Length();
+    const GK_3dVector c{w.y * d.z - w.z * d.y, w.z * d.x - w.x * d.z, w.x * d.y - w.y * d.x};
+    return c.Length() / len;
+}
+
+} // namespace
+
+bool GK_Curve::IsLinear(double tolerance) const {
+    if (!IsValid())
+        return false;
+    return StaysNearLine(PointAtStart(), PointAtEnd(), tolerance);
+}
+
+// Curves that are chains of straight segments are judged by their vertices; anything else
+// cannot be bounded here, so the answer is the conservative one.
+bool GK_Curve::StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to, double tolerance) const {
+    if (!(tolerance >= 0.0) || !from.IsValid() || !to.IsValid())
+        return false;
+    GK_SimpleArray<GK_3dPoint> points;
+    if (IsPolyline(&points) <= 0)
+        return false;
+    for (const GK_3dPoint& p : points)
+        if (!(DistanceFromLine(p, from, to, tolerance) <= tolerance))
+            return false;
+    return true;
 }

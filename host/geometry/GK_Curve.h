@@ -32,6 +32,15 @@ public:
     GK_3dPoint PointAtEnd() const { return PointAt(Domain().t1); }
     // Closed when start and end coincide (and the curve is not a degenerate point).
     virtual bool IsClosed() const;
+    // Whether every point of the curve lies within `tolerance` of the line through its
+    // start and end. A curve whose ends meet is linear only when it stays within
+    // `tolerance` of its start.
+    virtual bool IsLinear(double tolerance) const;
+    // Whether every point of the curve lies within `tolerance` of the line through `from`
+    // and `to`, or of `from` alone when the two are within `tolerance` of each other. May
+    // answer false for a curve it cannot bound (a conservative test), never true wrongly.
+    virtual bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
+                               double tolerance) const;
 };
 
 struct GK_Line {
@@ -55,6 +64,7 @@ public:
     int IsPolyline(GK_SimpleArray<GK_3dPoint>* points = nullptr) const override;
     GK_Curve* DuplicateCurve() const override { return new GK_LineCurve(*this); }
     bool IsClosed() const override { return false; }
+    bool IsLinear(double tolerance) const override;
 };
 
 class GK_PolylineCurve : public GK_Curve {
@@ -74,6 +84,10 @@ public:
     bool Reverse() override;
     int IsPolyline(GK_SimpleArray<GK_3dPoint>* points = nullptr) const override;
     GK_Curve* DuplicateCurve() const override { return new GK_PolylineCurve(*this); }
+    // Removes vertices so that no segment is shorter than `tolerance`, keeping both ends
+    // (the last kept interior vertex gives way to the end point). Returns the number of
+    // points removed.
+    int RemoveShortSegments(double tolerance);
 };
 
 // A chain of curves joined end to end. Owns its segments.
@@ -98,6 +112,8 @@ public:
     bool Reverse() override;
     int IsPolyline(GK_SimpleArray<GK_3dPoint>* points = nullptr) const override;
     GK_Curve* DuplicateCurve() const override { return new GK_PolyCurve(*this); }
+    bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
+                       double tolerance) const override;
 
 private:
     GK_SimpleArray<GK_Curve*> m_segment;
@@ -146,4 +162,6 @@ public:
     bool Reverse() override;
     int IsPolyline(GK_SimpleArray<GK_3dPoint>* points = nullptr) const override;
     GK_Curve* DuplicateCurve() const override { return new GK_NurbsCurve(*this); }
+    bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
+                       double tolerance) const override;
 };

@@ -49,3 +49,9 @@ int GK_LineCurve::IsPolyline(GK_SimpleArray<GK_3dPoint>* points) const {
     }
     return 2;
 }
+
+// Every point of a segment lies on the line through its ends, and when the ends are within
+// the tolerance the whole segment is within it of the start.
+bool GK_LineCurve::IsLinear(double tolerance) const {
+    return IsValid() && tolerance >= 0.0;
+}

@@ -478,3 +478,94 @@ int GK_NurbsCurve::IsPolyline(GK_SimpleArray<GK_3dPoint>* points) const {
     }
     return m_cv_count;
 }
+
+namespace {
+
+double DistanceFromLine(const GK_3dPoint& p, const GK_3dPoint& a, const GK_3dPoint& b,
+                        double tolerance) {
+    const GK_3dVector d = b - a;
+    const GK_3dVector w = p - a;
+    const double len = d.Length();
+    if (!(len > tolerance) || len == 0.0)
+        return w.Length();
+    const GK_3dVector c{w.y * d.z - w.z * d.y, w.z * d.x - w.x * d.z, w.x * d.y - w.y * d.x};
+    return c.Length() / len;
+}
+
+// Whether a Bezier piece stays within `tol` of the line. With positive weights the piece
+// lies in the hull of its control points, so control points within reach settle it; a
+// point of the curve out of reach refutes it; otherwise the piece is halved. Pieces still
+// undecided at the depth limit count as out of reach, so the answer errs only towards false.
+bool BezierNearLine(const std::vector<HPoint>& cv, const GK_3dPoint& a, const GK_3dPoint& b,
+                    double tol) {
+    const int p = static_cast<int>(cv.size()) - 1;
+    constexpr int kMaxDepth = 40;
+    std::vector<std::vector<HPoint>> stack{cv};
+    std::vector<int> depth{0};
+    std::vector<HPoint> work;
+    while (!stack.empty()) {
+        const std::vector<HPoint> piece = std::move(stack.back());
+        const int d = depth.back();
+        stack.pop_back();
+        depth.pop_back();
+        bool inside = true;
+        for (const HPoint& h : piece)
+            if (!(DistanceFromLine(Euclidean(h), a, b, tol) <= tol)) {
+                inside = false;
+                break;
+            }
+        if (inside)
+            continue;
+        if (!(DistanceFromLine(Euclidean(piece[0]), a, b, tol) <= tol) ||
+            !(DistanceFromLine(Euclidean(piece[p]), a, b, tol) <= tol) || d >= kMaxDepth)
+            return false;
+        std::vector<HPoint> left(piece.size()), right(piece.size());
+        work = piece;
+        left[0] = work[0];
+        right[p] = work[p];
+        for (int r = 1; r <= p; ++r) {
+            for (int j = 0; j + r <= p; ++j)
+                work[j] = Lerp(work[j], work[j + 1], 0.5);
+            left[r] = work[0];
+            right[p - r] = work[p - r];
+        }
+        stack.push_back(std::move(left));
+        depth.push_back(d + 1);
+        stack.push_back(std::move(right));
+        depth.push_back(d + 1);
+    }
+    return true;
+}
+
+} // namespace
+
+bool GK_NurbsCurve::StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
+                                  double tolerance) const {
+    if (!(tolerance >= 0.0) || !from.IsValid() || !to.IsValid() || !IsValid())
+        return false;
+    // Control points within reach are enough, and the usual case.
+    bool all = true;
+    for (int i = 0; i < m_cv_count && all; ++i)
+        all = DistanceFromLine(Euclidean(ControlPoint(*this, i)), from, to, tolerance) <= tolerance;
+    if (all)
+        return true;
+    // Otherwise span by span in Bezier form, as the box is computed.
+    const int p = Degree();
+    std::vector<HPoint> bezier(static_cast<std::size_t>(p) + 1);
+    Scratch scratch(m_order);
+    for (int span = p - 1; span <= m_cv_count - 2; ++span) {
+        const double a = m_knot[span];
+        const double b = m_knot[span + 1];
+        if (!(a < b))
+            continue;
+        double* u = scratch.Params();
+        for (int i = 0; i <= p; ++i) {
+            for (int r = 0; r < p; ++r)
+                u[r] = r < i ? b : a;
+            bezier[i] = Blossom(*this, span, u, scratch.Points());
+        }
+        if (!BezierNearLine(bezier, from, to, tolerance))
+            return false;
+    }
+    return true;
+}

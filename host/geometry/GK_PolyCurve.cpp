@@ -123,3 +123,14 @@ int GK_PolyCurve::IsPolyline(GK_SimpleArray<GK_3dPoint>* points) const {
         *points = all;
     return all.Count();
 }
+
+// Each segment against the chord of the whole chain, not against its own.
+bool GK_PolyCurve::StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
+                                 double tolerance) const {
+    if (m_segment.IsEmpty())
+        return false;
+    for (const GK_Curve* seg : m_segment)
+        if (!seg || !seg->StaysNearLine(from, to, tolerance))
+            return false;
+    return true;
+}

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 // m_t may be left empty by code that fills m_pline directly; the parameters are then the
 // point indices 0, 1, 2, ...
@@ -118,4 +119,36 @@ int GK_PolylineCurve::IsPolyline(GK_SimpleArray<GK_3dPoint>* points) const {
     if (points)
         *points = m_pline;
     return n;
+}
+
+// Kept points keep their parameters, so the domain and the parameter of every surviving
+// vertex are unchanged; an empty m_t stays empty and the indices renumber themselves.
+int GK_PolylineCurve::RemoveShortSegments(double tolerance) {
+    const int n = m_pline.Count();
+    if (n < 3 || !(tolerance > 0.0))
+        return 0;
+    const bool withT = m_t.Count() == n;
+    std::vector<int> kept{0};
+    kept.reserve(n);
+    for (int i = 1; i < n - 1; ++i)
+        if (m_pline[kept.back()].DistanceTo(m_pline[i]) >= tolerance)
+            kept.push_back(i);
+    // The end stays; interior points too near it give way, the start never does.
+    while (kept.size() > 1 && m_pline[kept.back()].DistanceTo(m_pline[n - 1]) < tolerance)
+        kept.pop_back();
+    kept.push_back(n - 1);
+    const int removed = n - static_cast<int>(kept.size());
+    if (removed == 0)
+        return 0;
+    GK_SimpleArray<GK_3dPoint> points(static_cast<int>(kept.size()));
+    GK_SimpleArray<double> params(withT ? static_cast<int>(kept.size()) : 0);
+    for (int i : kept) {
+        points.Append(m_pline[i]);
+        if (withT)
+            params.Append(m_t[i]);
+    }
+    m_pline = points;
+    if (withT)
+        m_t = params;
+    return removed;
 }

@@ -1,0 +1,25 @@
+#pragma once
+// A plane with an orthonormal frame: origin, x, y and z axes.
+#include "host/geometry/GK_Point.h"
+
+class GK_Plane {
+public:
+    GK_3dPoint origin;
+    GK_3dVector xaxis{1.0, 0.0, 0.0};
+    GK_3dVector yaxis{0.0, 1.0, 0.0};
+    GK_3dVector zaxis{0.0, 0.0, 1.0};
+
+    GK_Plane() = default;
+    // The plane through `point` with the given normal; x and y axes are chosen for it.
+    GK_Plane(const GK_3dPoint& point, const GK_3dVector& normal);
+
+    static const GK_Plane World_xy;
+
+    bool IsValid() const;
+    // Signed distance of a point from the plane, along the z axis.
+    double DistanceTo(const GK_3dPoint& point) const;
+    GK_3dPoint PointAt(double u, double v) const;
+    // Moves the origin and turns the axes; a transformation that does not keep the frame
+    // orthonormal (other than a uniform scale) is refused.
+    bool Transform(const GK_Xform& xform);
+};
