@@ -3,6 +3,7 @@
 #include "host/doc/CVelmoDoc.h"
 #include "host/doc/CVelmoFileReadOptions.h"
 #include "host/geometry/GK_Curve.h"
+#include "host/geometry/GK_Hatch.h"
 #include "output/PDFToVelmo.h"
 
 namespace {
@@ -15,7 +16,7 @@ constexpr double kMillimetresPerPoint = 0.35277777777777775;
 void PDFToVelmo::CommitToDocument(double scale, const GK_3dVector& translation, bool loadText,
                                   bool boundaryCurves, bool importLineWeights,
                                   bool showMissingFontsDialog) {
-    // Not built yet: clearing the missing-font flag (6.6) belongs first here.
+    // Not built yet: clearing the missing-font flag belongs first here.
 
     CVelmoLayerTable& layers = doc->LayerTable();
     for (const auto& [index, colour] : layerColours) {
@@ -57,15 +58,30 @@ void PDFToVelmo::CommitToDocument(double scale, const GK_3dVector& translation, 
             object->SetCurve(curve);
             doc->AddObject(object, reference, false);
             pending.geometry = nullptr;
+        } else if (auto* hatch = dynamic_cast<GK_Hatch*>(geometry)) {
+            if (boundaryCurves) {
+                // Fills as their outlines: the same cleaned loops a hatch would have had.
+                for (int i = 0; i < hatch->LoopCount(); ++i) {
+                    GK_Curve* loop = hatch->LoopCurve3d(i);
+                    if (!loop)
+                        continue;
+                    auto* object = new CVelmoCurveObject(attributes);
+                    object->SetCurve(loop);
+                    doc->AddObject(object, reference, false);
+                }
+                delete hatch;
+            } else {
+                auto* object = new CVelmoHatch(attributes);
+                object->SetHatch(hatch);
+                doc->AddObject(object, reference, false);
+            }
+            pending.geometry = nullptr;
         }
-        // Not built yet: hatches (6.3), added as hatch objects or, with boundaryCurves, as one
-        // curve per loop. Until then nothing else is handed over and step 9 deletes it.
     }
-    (void)boundaryCurves;
 
-    // Not built yet, in this order: the text pass (6.4) and, with loadText, a default
-    // dimension style when the document has none; the image pass (6.5), which also releases
-    // the PDFImage records; the missing-font report (6.6).
+    // Not built yet, in this order: the text pass and, with loadText, a default dimension
+    // style when the document has none; the image pass, which also releases the PDFImage
+    // records; the missing-font report.
     (void)loadText;
     (void)showMissingFontsDialog;
     doc->Redraw();

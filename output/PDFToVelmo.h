@@ -8,6 +8,8 @@
 #include "host/base/GK_Array.h"
 #include "host/base/GK_String.h"
 #include "host/geometry/GK_Point.h"
+#include "output/LineKey.h"
+#include "output/PathClip.h"
 #include "output/PendingObject.h"
 
 #include <cstdint>
@@ -29,8 +31,14 @@ public:
     // Pending geometry and images are left alone: only DiscardPendingObjects and
     // CommitToDocument release them.
     ~PDFToVelmo() override;
+    // The current path as curves, with rows of two-point subpaths recognised as dashed lines.
+    void Stroke() override;
+    // The current path as hatches, or as outlines in the stroke colour when no hatch results.
+    void Fill() override;
     // The even-odd rule is not told apart from the nonzero rule anywhere in the output.
     void EoFill() override;
+    // Every path element on its way to curves, for strokes and fills: clips and builds.
+    void AddPathElement(const PathElement& element) override;
     void ColourChanged(std::uint32_t red, std::uint32_t green, std::uint32_t blue) override;
     void SetOptionalContentName(const std::string& name) override;
     void OptionalContentLoaded(const std::map<std::string, OptionalContentGroup>& groups) override;
@@ -44,6 +52,19 @@ public:
                           bool boundaryCurves, bool importLineWeights, bool showMissingFontsDialog);
     // Index of the linetype for a dash of 2 or 4 lengths, added when its name is new.
     int FindOrAddLinetype(const std::vector<double>& dash);
+
+    // The pieces of Stroke and Fill.
+    void BuildStrokeSegments();
+    // Emits the run through AddPathElement: with `merge` as one segment, otherwise with dash
+    // recognition. Leaves the run empty.
+    void FlushRun(SegmentRun& run, bool merge);
+    void BuildFillSegments(double tolerance);
+    // Joins the open curves, in their order, into closed chains appended to `closed`
+    // (owned by the caller); `used` receives the indices of the curves taken. Returns the
+    // number of curves in `closed`.
+    static int ChainOpenCurves(const GK_SimpleArray<GK_Curve*>& open,
+                               GK_SimpleArray<GK_Curve*>& closed, double tolerance,
+                               GK_SimpleArray<int>& used);
 
     CVelmoDoc* doc = nullptr;
     const CVelmoFileReadOptions* readOptions = nullptr;
@@ -61,7 +82,20 @@ public:
     std::map<std::string, std::int32_t> layerIndexByName;
     std::map<std::int32_t, std::uint32_t> layerColours; // only layers this read created
     GK_ClassArray<GK_String> missingFonts;
+
+private:
+    void EmitSegment(const SegmentRun& run, double from, double to);
+    void AddLine(const PathElement& element);
+    void AddBezier(const PathElement& element);
+    // Clip and path in one painting operation: set up at its start.
+    PathClip clip;
+    std::vector<double> clipPairs;
 };
+
+// The curve that goes to the model for a curve built from the path: straight work as a
+// polyline without zero-length segments, anything else duplicated; null for a curve that
+// is only a point. The caller owns the result.
+GK_Curve* NormaliseCurve(const GK_Curve& curve);
 
 // Layer names keep the bytes of the file: each byte is widened with its sign, so bytes of
 // 128 and above become 0xFF80 to 0xFFFF. Names are not decoded as PDF text strings.
