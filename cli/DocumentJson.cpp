@@ -2,6 +2,8 @@
 
 #include "host/base/GK_String.h"
 
+#include <memory>
+
 using json = nlohmann::ordered_json;
 
 namespace {
@@ -110,6 +112,26 @@ json LinetypeJson(const GK_Linetype& linetype, int index) {
     return {{"index", index}, {"name", Text(linetype.Name())}, {"segments", std::move(segments)}};
 }
 
+json HatchPatternJson(const GK_HatchPattern& pattern, int index) {
+    const bool solid = pattern.FillType() == GK_HatchPattern::HatchFillType::Solid;
+    return {{"index", index}, {"name", Text(pattern.Name())}, {"fill", solid ? "solid" : "lines"}};
+}
+
+// The pattern and every loop with its curve in world coordinates, in the hatch's order:
+// each outer loop followed by its holes.
+void HatchJson(const GK_Hatch& hatch, json& o) {
+    json loops = json::array();
+    for (int i = 0; i < hatch.LoopCount(); ++i) {
+        const GK_HatchLoop* loop = hatch.Loop(i);
+        const std::unique_ptr<GK_Curve> curve(hatch.LoopCurve3d(i));
+        loops.push_back(
+            {{"type", loop && loop->Type() == GK_HatchLoop::ltInner ? "inner" : "outer"},
+             {"curve", curve ? CurveToJson(*curve) : json()}});
+    }
+    o["pattern"] = hatch.PatternIndex() < 0 ? json() : json(hatch.PatternIndex());
+    o["loops"] = std::move(loops);
+}
+
 json ViewsJson(const CVelmoDoc& doc) {
     json list = json::array();
     int fits = 0;
@@ -176,7 +198,14 @@ json ObjectToJson(const CVelmoObject& object) {
         o["curve"] = curve ? CurveToJson(*curve) : json();
         break;
     }
-    case CVelmoObject::hatch_object:
+    case CVelmoObject::hatch_object: {
+        const auto* hatchObject = dynamic_cast<const CVelmoHatch*>(&object);
+        if (const GK_Hatch* hatch = hatchObject ? hatchObject->Hatch() : nullptr)
+            HatchJson(*hatch, o);
+        else
+            o["pattern"] = o["loops"] = json();
+        break;
+    }
     case CVelmoObject::text_object:
     case CVelmoObject::picture_object:
         // The host has no document classes for these yet; their geometry is added here
@@ -207,6 +236,11 @@ json DocumentToJson(const CVelmoDoc& doc, int result, const std::vector<VmMessag
     for (int i = 0; i < linetypeTable.LinetypeCount(); ++i)
         linetypes.push_back(LinetypeJson(linetypeTable[i], i));
 
+    const CVelmoHatchPatternTable& patternTable = doc.HatchPatternTable();
+    json patterns = json::array();
+    for (int i = 0; i < patternTable.HatchPatternCount(); ++i)
+        patterns.push_back(HatchPatternJson(patternTable[i], i));
+
     json objects = json::array();
     for (int i = 0; i < doc.ObjectCount(); ++i)
         objects.push_back(ObjectToJson(doc.Object(i)));
@@ -223,6 +257,7 @@ json DocumentToJson(const CVelmoDoc& doc, int result, const std::vector<VmMessag
         {"layers", std::move(layers)},
         {"currentLayer", layerTable.CurrentLayerIndex()},
         {"linetypes", std::move(linetypes)},
+        {"hatchPatterns", std::move(patterns)},
         {"objects", std::move(objects)},
         {"messages", std::move(messageList)},
         {"views", ViewsJson(doc)},

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <memory>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -31,11 +33,19 @@ bool IsFinite(const GK_3dPoint& p) {
 // spoiling the whole path, which a browser would then not draw at all.
 class PathData {
 public:
+    // A filled loop must stay one subpath even where its pieces meet only within the
+    // tolerance; a new subpath there would leave the region open.
+    explicit PathData(bool joinPieces = false) : m_join(joinPieces) {}
+
     void StartAt(const GK_3dPoint& p) {
         if (m_hasPen && p.x == m_pen.x && p.y == m_pen.y)
             return;
         if (!IsFinite(p)) {
             m_hasPen = false;
+            return;
+        }
+        if (m_join && m_hasPen) {
+            LineTo(p);
             return;
         }
         Command('M', {p});
@@ -53,6 +63,13 @@ public:
             m_text += " Z";
             m_hasPen = false;
         }
+    }
+    // Closes the subpath wherever the pen is, and makes the next piece start a new one even
+    // when it begins where this one ended: the boundaries of a filled region stay apart.
+    void Close() {
+        if (m_hasPen && m_drawn > 0)
+            m_text += " Z";
+        m_hasPen = false;
     }
     const std::string& Text() const { return m_text; }
 
@@ -84,6 +101,7 @@ private:
 
     std::string m_text;
     GK_3dPoint m_pen, m_start;
+    bool m_join = false;
     bool m_hasPen = false;
     int m_drawn = 0;
 };
@@ -177,6 +195,67 @@ void AppendCurve(const GK_Curve& curve, PathData& path) {
     } else {
         AppendSampled(curve, nullptr, path);
     }
+}
+
+// The boundary of a hatch: every loop a closed subpath of one path, so that with the even-odd
+// rule the holes stay open.
+std::string HatchPathData(const GK_Hatch& hatch) {
+    PathData path(/*joinPieces=*/true);
+    for (int i = 0; i < hatch.LoopCount(); ++i) {
+        const std::unique_ptr<GK_Curve> loop(hatch.LoopCurve3d(i));
+        if (!loop)
+            continue;
+        AppendCurve(*loop, path);
+        path.Close();
+    }
+    return path.Text();
+}
+
+// stroke-dasharray and stroke-dashoffset for a linetype, both in model units; empty for a
+// continuous line. SVG patterns alternate dash and gap and start with a dash, so runs of one
+// kind are added up, and a leading gap is moved to the end with an offset that keeps the
+// pattern where the linetype puts it.
+std::pair<std::vector<double>, double> DashPattern(const GK_Linetype& linetype) {
+    std::vector<double> runs; // dash and gap alternating
+    bool startsWithGap = false, lastIsGap = false;
+    for (int i = 0; i < linetype.SegmentCount(); ++i) {
+        const GK_LinetypeSegment& s = linetype.Segment(i);
+        const double length = std::abs(s.m_length);
+        if (!std::isfinite(length))
+            return {};
+        const bool gap = s.m_seg_type == GK_LinetypeSegment::stSpace;
+        if (runs.empty())
+            startsWithGap = gap;
+        if (!runs.empty() && gap == lastIsGap)
+            runs.back() += length;
+        else
+            runs.push_back(length);
+        lastIsGap = gap;
+    }
+    double offset = 0.0;
+    if (startsWithGap) {
+        if (runs.size() < 2)
+            return {}; // all gap: drawn as a plain line rather than not at all
+        offset = -runs.front();
+        if (lastIsGap)
+            runs.back() += runs.front();
+        else
+            runs.push_back(runs.front());
+        runs.erase(runs.begin());
+    }
+    // A pattern that ends with a dash joins it to the first one.
+    if (runs.size() % 2 == 1 && runs.size() > 1) {
+        runs.front() += runs.back();
+        offset += runs.back();
+        runs.pop_back();
+    }
+    double total = 0.0;
+    for (double v : runs)
+        total += v;
+    if (runs.size() < 2 || !(total > 0.0) || runs[1] == 0.0)
+        return {}; // no gap at all: continuous
+    offset = std::fmod(offset + total, total);
+    return {runs, offset};
 }
 
 std::string HexColor(const GK_Color& c) {
@@ -275,19 +354,29 @@ private:
         return true;
     }
 
+    // The geometry of the objects the picture draws: curves and hatches.
+    static const GK_Geometry* Drawn(const CVelmoObject& object) {
+        if (const auto* curve = dynamic_cast<const CVelmoCurveObject*>(&object))
+            return curve->Curve();
+        if (const auto* hatch = dynamic_cast<const CVelmoHatch*>(&object))
+            return hatch->Hatch();
+        return nullptr;
+    }
+
     // The box of what is shown; of everything when nothing is, so that a drawing on
     // hidden layers still gets a box that fits it.
     GK_BoundingBox DrawingBox() const {
         GK_BoundingBox shown, all;
         for (int i = 0; i < m_doc.ObjectCount(); ++i) {
-            const auto* object = dynamic_cast<const CVelmoCurveObject*>(&m_doc.Object(i));
-            if (!object || !object->Curve())
+            const CVelmoObject& object = m_doc.Object(i);
+            const GK_Geometry* geometry = Drawn(object);
+            if (!geometry)
                 continue;
-            const GK_BoundingBox box = object->Curve()->BoundingBox();
+            const GK_BoundingBox box = geometry->BoundingBox();
             if (!box.IsValid())
                 continue;
             all.Union(box);
-            const int layer = object->Attributes().m_layer_index;
+            const int layer = object.Attributes().m_layer_index;
             if (layer >= 0 && layer < m_doc.LayerTable().LayerCount() && IsShown(layer))
                 shown.Union(box);
         }
@@ -314,19 +403,42 @@ private:
     }
 
     void WriteObject(const CVelmoObject& object, const GK_Layer& layer, const std::string& indent) {
+        const CVelmoObjectAttributes& a = object.Attributes();
+        const GK_Color color = a.m_color_source == GK_3dmObjectAttributes::color_from_object
+                                   ? a.m_color
+                                   : layer.Color();
+        if (const auto* hatchObject = dynamic_cast<const CVelmoHatch*>(&object)) {
+            const std::string d = hatchObject->Hatch() ? HatchPathData(*hatchObject->Hatch()) : "";
+            if (!d.empty())
+                m_out += indent + "<path d=\"" + d + "\" fill=\"" + HexColor(color) +
+                         "\" fill-rule=\"evenodd\" stroke=\"none\"/>\n";
+            return;
+        }
         const auto* curveObject = dynamic_cast<const CVelmoCurveObject*>(&object);
         if (!curveObject || !curveObject->Curve())
-            return; // only curves are drawn so far
+            return; // text and pictures are not drawn
         PathData path;
         AppendCurve(*curveObject->Curve(), path);
         path.CloseIfClosed();
         if (path.Text().empty())
             return;
-        const CVelmoObjectAttributes& a = object.Attributes();
-        const GK_Color color = a.m_color_source == GK_3dmObjectAttributes::color_from_object
-                                   ? a.m_color
-                                   : layer.Color();
-        m_out += indent + "<path d=\"" + path.Text() + "\" stroke=\"" + HexColor(color) + "\"/>\n";
+        m_out += indent + "<path d=\"" + path.Text() + "\" stroke=\"" + HexColor(color) + "\"";
+        const int linetype = a.m_linetype_source == GK_3dmObjectAttributes::linetype_from_object
+                                 ? a.m_linetype_index
+                                 : layer.LinetypeIndex();
+        const CVelmoLinetypeTable& linetypes = m_doc.LinetypeTable();
+        if (linetype >= 0 && linetype < linetypes.LinetypeCount()) {
+            const auto [dashes, offset] = DashPattern(linetypes[linetype]);
+            if (!dashes.empty()) {
+                m_out += " stroke-dasharray=\"";
+                for (std::size_t i = 0; i < dashes.size(); ++i)
+                    m_out += (i ? " " : "") + Number(dashes[i]);
+                m_out += '"';
+                if (offset != 0.0)
+                    m_out += " stroke-dashoffset=\"" + Number(offset) + '"';
+            }
+        }
+        m_out += "/>\n";
     }
 
     const CVelmoDoc& m_doc;

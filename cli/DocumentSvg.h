@@ -1,6 +1,7 @@
 #pragma once
 // The document after an import as an SVG picture, for people to look at: one group per
-// layer, nested as the layers are, and the curves in the colours the modeller would show.
+// layer, nested as the layers are, the curves (dashed by their linetypes) and the filled
+// hatches in the colours the modeller would show.
 #include "host/doc/CVelmoDoc.h"
 
 #include <string>

@@ -157,6 +157,46 @@ TEST(DocumentJson, ObjectsAndCurves) {
     EXPECT_TRUE(json::parse(JsonText(CurveToJson(broken)))["points"][0][0].is_null());
 }
 
+GK_PolylineCurve* Square(double x0, double y0, double size) {
+    GK_SimpleArray<GK_3dPoint> points;
+    for (const auto& [x, y] : {std::pair{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}})
+        points.Append({x0 + x * size, y0 + y * size, 0});
+    return new GK_PolylineCurve(points);
+}
+
+TEST(DocumentJson, HatchesWithTheirLoops) {
+    CVelmoDoc doc;
+    int solid = -1;
+    ASSERT_TRUE(doc.HatchPatternTable().AddHatchPattern(&doc.SolidHatchPattern(), false, &solid));
+    auto* hatch = new GK_Hatch;
+    hatch->AddLoop(new GK_HatchLoop(Square(0, 0, 4), GK_HatchLoop::ltOuter));
+    hatch->AddLoop(new GK_HatchLoop(Square(1, 1, 2), GK_HatchLoop::ltInner));
+    hatch->SetPatternIndex(solid);
+    CVelmoObjectAttributes attributes;
+    attributes.m_color = GK_Color(0, 128, 255);
+    attributes.SetColorSource(GK_3dmObjectAttributes::color_from_object);
+    auto* object = new CVelmoHatch(attributes);
+    object->SetHatch(hatch);
+    ASSERT_TRUE(doc.AddObject(object));
+    // A hatch object without its hatch is refused by the document, but must not break
+    // the writer either.
+    const CVelmoHatch empty;
+    EXPECT_EQ(ObjectToJson(empty)["loops"], nullptr);
+
+    const json j = json::parse(JsonText(DocumentToJson(doc, 1, {})));
+    EXPECT_EQ(j["hatchPatterns"],
+              json::parse(R"([{"index": 0, "name": "Solid", "fill": "solid"}])"))
+        << j["hatchPatterns"];
+    ASSERT_EQ(j["objects"].size(), 1u);
+    EXPECT_EQ(j["objects"][0], json::parse(R"({"kind": "hatch", "layer": 0, "color": [0, 128, 255],
+        "colorSource": "object", "linetype": null, "linetypeSource": "layer", "plotWeight": 0,
+        "plotWeightSource": "layer", "reference": false, "pattern": 0, "loops": [
+        {"type": "outer", "curve": {"type": "polyline",
+         "points": [[0, 0, 0], [4, 0, 0], [4, 4, 0], [0, 4, 0], [0, 0, 0]]}},
+        {"type": "inner", "curve": {"type": "polyline",
+         "points": [[1, 1, 0], [3, 1, 0], [3, 3, 0], [1, 3, 0], [1, 1, 0]]}}]})"));
+}
+
 TEST(DocumentJson, MessagesInOrder) {
     const std::vector<VmMessage> messages = {
         {"box", L"PDF File Read Error", L"Error opening \u00e9t\u00e9.pdf", 48},

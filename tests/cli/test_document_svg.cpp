@@ -225,6 +225,110 @@ TEST(DocumentSvg, OtherSplinesAreSampledOnTheCurve) {
     EXPECT_EQ(std::vector<double>(s.end() - 2, s.end()), (std::vector<double>{4, -16}));
 }
 
+GK_PolylineCurve* Rectangle(double x0, double y0, double x1, double y1) {
+    GK_SimpleArray<GK_3dPoint> points;
+    for (const GK_3dPoint& p : {GK_3dPoint(x0, y0, 0), GK_3dPoint(x1, y0, 0), GK_3dPoint(x1, y1, 0),
+                                GK_3dPoint(x0, y1, 0), GK_3dPoint(x0, y0, 0)})
+        points.Append(p);
+    return new GK_PolylineCurve(points);
+}
+
+std::vector<const Element*> Paths(const std::vector<Element>& xml) {
+    std::vector<const Element*> paths;
+    for (const Element& e : xml)
+        if (e.name == "path")
+            paths.push_back(&e);
+    return paths;
+}
+
+TEST(DocumentSvg, HatchesAreFilledWithTheirHoles) {
+    CVelmoDoc doc;
+    const int walls = AddLayer(doc, L"Walls", GK_Color(90, 90, 90));
+    // Two rooms in one wall outline; the second hole starts where the first one ended, and
+    // must still be a subpath of its own.
+    auto* hatch = new GK_Hatch;
+    hatch->AddLoop(new GK_HatchLoop(Rectangle(0, 0, 20, 10), GK_HatchLoop::ltOuter));
+    hatch->AddLoop(new GK_HatchLoop(Rectangle(1, 1, 9, 9), GK_HatchLoop::ltInner));
+    hatch->AddLoop(new GK_HatchLoop(Rectangle(1, 1, 19, 9), GK_HatchLoop::ltInner));
+    CVelmoObjectAttributes attributes;
+    attributes.m_layer_index = walls;
+    auto* object = new CVelmoHatch(attributes);
+    object->SetHatch(hatch);
+    ASSERT_TRUE(doc.AddObject(object));
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 0, 0}, {1, 1, 0}), walls)));
+    // A loop whose pieces meet only within the tolerance stays one subpath.
+    auto* chain = new GK_PolyCurve;
+    chain->Append(new GK_LineCurve({0, 0, 0}, {2, 0, 0}));
+    chain->Append(new GK_LineCurve({2, 1e-13, 0}, {2, 2, 0}));
+    chain->Append(new GK_LineCurve({2, 2, 0}, {0, 0, 0}));
+    auto* triangle = new GK_Hatch;
+    triangle->AddLoop(new GK_HatchLoop(chain, GK_HatchLoop::ltOuter));
+    auto* second = new CVelmoHatch(attributes);
+    second->SetHatch(triangle);
+    ASSERT_TRUE(doc.AddObject(second));
+
+    const std::vector<Element> xml = ParseXml(DocumentToSvg(doc));
+    const std::vector<const Element*> paths = Paths(xml);
+    ASSERT_EQ(paths.size(), 3u);
+    EXPECT_EQ(paths[0]->Attr("d"), "M 0 0 L 20 0 L 20 -10 L 0 -10 L 0 0 Z "
+                                   "M 1 -1 L 9 -1 L 9 -9 L 1 -9 L 1 -1 Z "
+                                   "M 1 -1 L 19 -1 L 19 -9 L 1 -9 L 1 -1 Z");
+    EXPECT_EQ(paths[0]->Attr("fill"), "#5a5a5a");
+    EXPECT_EQ(paths[0]->Attr("fill-rule"), "evenodd");
+    EXPECT_EQ(paths[0]->Attr("stroke"), "none");
+    EXPECT_EQ(paths[2]->Attr("d"), "M 0 0 L 2 0 L 2 -1e-13 L 2 -2 L 0 0 Z");
+    // The box is the hatch's, not only the short line's.
+    const std::vector<double> box = Numbers(xml[0].Attr("viewBox"));
+    ASSERT_EQ(box.size(), 4u);
+    EXPECT_NEAR(box[2], 20 * 1.06, 1e-9);
+    EXPECT_NEAR(box[1], -10 - 0.6, 1e-9);
+}
+
+TEST(DocumentSvg, LinetypesWithSegmentsAreDashed) {
+    CVelmoDoc doc;
+    const auto add = [&](const wchar_t* name, std::initializer_list<double> lengths) {
+        GK_SimpleArray<double> segments;
+        for (double v : lengths)
+            segments.Append(v);
+        return doc.LinetypeTable().AddLinetype(name, segments);
+    };
+    const int dashed = add(L"dashed", {2, -1});
+    const int gapFirst = add(L"gap first", {-1, 2, -0.5, 3});
+    const int endsDrawn = add(L"ends drawn", {2, -1, 0.5});
+    const int solidRun = add(L"solid", {2, 3});
+    GK_Layer hidden;
+    hidden.SetName(L"Hidden lines");
+    hidden.SetLinetypeIndex(dashed);
+    const int hiddenLayer = doc.LayerTable().AddLayer(hidden);
+
+    CVelmoObjectAttributes own;
+    own.SetLinetypeSource(GK_3dmObjectAttributes::linetype_from_object);
+    for (int linetype : {gapFirst, endsDrawn, solidRun, -1}) {
+        own.m_linetype_index = linetype;
+        auto* object = new CVelmoCurveObject(own);
+        object->SetCurve(new GK_LineCurve({0, 0, 0}, {10, 0, 0}));
+        ASSERT_TRUE(doc.AddObject(object));
+    }
+    // From the layer unless the object says otherwise.
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 1, 0}, {10, 1, 0}), hiddenLayer)));
+
+    const std::vector<Element> xml = ParseXml(DocumentToSvg(doc));
+    const std::vector<const Element*> paths = Paths(xml);
+    ASSERT_EQ(paths.size(), 5u);
+    // A leading gap goes to the end; the offset keeps the first dash one unit in.
+    EXPECT_EQ(paths[0]->Attr("stroke-dasharray"), "2 0.5 3 1");
+    EXPECT_EQ(paths[0]->Attr("stroke-dashoffset"), "5.5");
+    // A trailing dash joins the first one, which then starts half a unit early.
+    EXPECT_EQ(paths[1]->Attr("stroke-dasharray"), "2.5 1");
+    EXPECT_EQ(paths[1]->Attr("stroke-dashoffset"), "0.5");
+    for (int i : {2, 3}) {
+        EXPECT_EQ(paths[i]->Attr("stroke-dasharray"), "<none>");
+        EXPECT_EQ(paths[i]->Attr("stroke-dashoffset"), "<none>");
+    }
+    EXPECT_EQ(paths[4]->Attr("stroke-dasharray"), "2 1");
+    EXPECT_EQ(paths[4]->Attr("stroke-dashoffset"), "<none>");
+}
+
 // A decimal comma in the global locale must not reach either writer.
 struct CommaDecimal : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
