@@ -1,0 +1,75 @@
+// Whole vector pages through the `tarquil` program: what arrives in the document after
+// placement, read from its JSON.
+#include "support/PdfTemplate.h"
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <string>
+
+namespace {
+
+using json = nlohmann::json;
+using tarquil::test::PdfFromTemplate;
+using tarquil::test::TempFile;
+
+// Imports a template from tests/data/vector with drawing units kept at one model unit per
+// point, so model coordinates are the page's own.
+json Import(const std::string& name, const std::string& extra = "") {
+    const TempFile pdf(name.substr(0, name.size() - 3), PdfFromTemplate("vector/" + name));
+    const std::filesystem::path out = pdf.Path().parent_path() / "out.json";
+    const std::string command =
+        std::string(TARQUIL_BINARY_DIR) + "/cli/tarquil import '" + pdf.Path().string() +
+        "' --settings none --quiet --no-questions --option PreserveModelScale=true "
+        "--option PdfUnits=3 --option PDFScale=1 --option VelmoScale=1 --json '" +
+        out.string() + "' " + extra + " 2>/dev/null";
+    const int status = std::system(command.c_str());
+    EXPECT_EQ(status, 0) << command;
+    return json::parse(tarquil::test::ReadFileBytes(out), nullptr, false);
+}
+
+std::string LayerName(const json& document, int index) {
+    for (const json& layer : document["layers"])
+        if (layer["index"] == index)
+            return layer["name"];
+    return "?";
+}
+
+TEST(VectorImport, WallsDashesAndCurvesArriveInPlace) {
+    const json document = Import("walls-dashes.pdf.in");
+    ASSERT_FALSE(document.is_discarded());
+    const json& objects = document["objects"];
+    ASSERT_EQ(objects.size(), 4u) << objects.dump(1);
+
+    // The wall frame: one hatch, grey, the room a hole, on the layer of its group.
+    const json& wall = objects[0];
+    EXPECT_EQ(wall["kind"], "hatch");
+    EXPECT_EQ(wall["color"], json({128, 128, 128}));
+    EXPECT_EQ(LayerName(document, wall["layer"]), "Walls");
+    ASSERT_EQ(wall["loops"].size(), 2u);
+    EXPECT_EQ(wall["loops"][0]["type"], "outer");
+    EXPECT_EQ(wall["loops"][1]["type"], "inner");
+    EXPECT_EQ(wall["loops"][0]["curve"]["points"][0], json({10.0, 10.0, 0.0}));
+
+    // Five dashes in a row: one line with the linetype of their dash and gap.
+    const json& hidden = objects[1];
+    EXPECT_EQ(hidden["kind"], "curve");
+    EXPECT_EQ(hidden["color"], json({255, 0, 0}));
+    EXPECT_EQ(LayerName(document, hidden["layer"]), "Hidden");
+    EXPECT_EQ(hidden["curve"]["points"], json({{30.0, 50.0, 0.0}, {58.0, 50.0, 0.0}}));
+    ASSERT_TRUE(hidden["linetype"].is_number());
+    EXPECT_EQ(document["linetypes"][hidden["linetype"].get<int>()]["name"], "4 2");
+
+    // The polyline and the arc, outside any group, in blue.
+    EXPECT_EQ(objects[2]["curve"]["points"],
+              json({{100.0, 20.0, 0.0}, {100.0, 60.0, 0.0}, {150.0, 60.0, 0.0}}));
+    EXPECT_EQ(objects[3]["curve"]["type"], "nurbs");
+    EXPECT_EQ(objects[3]["color"], json({0, 0, 255}));
+    EXPECT_TRUE(objects[3]["linetype"].is_null());
+}
+
+} // namespace
