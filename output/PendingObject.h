@@ -9,7 +9,7 @@ class GK_Geometry;
 
 // One curve or hatch waiting for CommitToDocument.
 struct PendingObject {
-    // Owned until handed to the document, then null. A GK_Curve, or a hatch once fills exist.
+    // Owned until handed to the document, then null. A GK_Curve or a GK_Hatch.
     GK_Geometry* geometry = nullptr;
     std::uint32_t colour = 0; // packed as the graphics state's colours
     double lineWidth = 0.0;   // PDF units at the painting operator; 0 for fills
