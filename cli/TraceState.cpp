@@ -41,9 +41,13 @@ std::string Render(const TraceValue& value) {
         return json(value.text).dump(-1, ' ', false, json::error_handler_t::replace);
     case TraceValue::Kind::List: {
         std::string out = "[";
-        for (std::size_t i = 0; i < value.items.size(); ++i)
-            out += (i ? " " : "") + Render(value.items[i]);
-        return out + "]";
+        for (std::size_t i = 0; i < value.items.size(); ++i) {
+            if (i)
+                out += ' ';
+            out += Render(value.items[i]);
+        }
+        out += ']';
+        return out;
     }
     }
     return {};
@@ -157,11 +161,18 @@ std::string TraceState::TextReport() const {
     std::string out;
     for (const TraceCall& call : calls) {
         out += call.op;
-        for (const TraceValue& arg : call.args)
-            out += " " + Render(arg);
-        for (const auto& [key, value] : call.extras)
-            out += " " + key + "=" + Render(value);
-        out += "\n";
+        // Appended piece by piece: GCC 12 at -O3 warns falsely on " " + temporary.
+        for (const TraceValue& arg : call.args) {
+            out += ' ';
+            out += Render(arg);
+        }
+        for (const auto& [key, value] : call.extras) {
+            out += ' ';
+            out += key;
+            out += '=';
+            out += Render(value);
+        }
+        out += '\n';
     }
     return out;
 }
