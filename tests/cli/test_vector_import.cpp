@@ -70,6 +70,15 @@ TEST(VectorImport, WallsDashesAndCurvesArriveInPlace) {
     EXPECT_EQ(objects[3]["curve"]["type"], "nurbs");
     EXPECT_EQ(objects[3]["color"], json({0, 0, 255}));
     EXPECT_TRUE(objects[3]["linetype"].is_null());
+
+    // Fills as outlines: the hatch arrives as its two loops, still in the fill colour.
+    const json outlines = Import("walls-dashes.pdf.in", "--option ImportFillsAsHatches=false");
+    ASSERT_EQ(outlines["objects"].size(), 5u);
+    for (int i : {0, 1}) {
+        EXPECT_EQ(outlines["objects"][i]["kind"], "curve");
+        EXPECT_EQ(outlines["objects"][i]["color"], json({128, 128, 128}));
+    }
+    EXPECT_EQ(outlines["objects"][1]["curve"]["points"][0], json({20.0, 20.0, 0.0}));
 }
 
 } // namespace
