@@ -35,23 +35,6 @@ bool GK_Curve::IsClosed() const {
     return std::isfinite(size) && a.DistanceTo(b) <= 1e-12 * size;
 }
 
-namespace {
-
-// Distance of `p` from the line through `a` and `b`, or from `a` when the two are within
-// `tolerance` of each other: a direction through nearly coincident ends means nothing.
-double DistanceFromLine(const GK_3dPoint& p, const GK_3dPoint& a, const GK_3dPoint& b,
-                        double tolerance) {
-    const GK_3dVector d = b - a;
-    const GK_3dVector w = p - a;
-    const double len = d.Length();
-    if (!(len > tolerance) || len == 0.0)
-        return w.Length();
-    const GK_3dVector c{w.y * d.z - w.z * d.y, w.z * d.x - w.x * d.z, w.x * d.y - w.y * d.x};
-    return c.Length() / len;
-}
-
-} // namespace
-
 bool GK_Curve::IsLinear(double tolerance) const {
     if (!IsValid())
         return false;
@@ -67,7 +50,7 @@ bool GK_Curve::StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to, doubl
     if (IsPolyline(&points) <= 0)
         return false;
     for (const GK_3dPoint& p : points)
-        if (!(DistanceFromLine(p, from, to, tolerance) <= tolerance))
+        if (!(GK_DistanceFromLine(p, from, to, tolerance) <= tolerance))
             return false;
     return true;
 }

@@ -192,3 +192,14 @@ void GK_FlattenCurve(const GK_Curve& curve, double tolerance, std::vector<GK_3dP
                      d.ParameterAt(static_cast<double>(i + 1) / kGenericPieces), tolerance, 0,
                      points);
 }
+
+double GK_DistanceFromLine(const GK_3dPoint& p, const GK_3dPoint& a, const GK_3dPoint& b,
+                           double tolerance) {
+    const GK_3dVector d = b - a;
+    const GK_3dVector w = p - a;
+    const double len = d.Length();
+    if (!(len > tolerance) || len == 0.0)
+        return w.Length();
+    const GK_3dVector c{w.y * d.z - w.z * d.y, w.z * d.x - w.x * d.z, w.x * d.y - w.y * d.x};
+    return c.Length() / len;
+}

@@ -14,3 +14,8 @@ void GK_CurveControlPoints(const GK_Curve& curve, std::vector<GK_3dPoint>& point
 // about `tolerance` of the curve: straight parts by their vertices, curved parts by
 // adaptive halving. A point equal to the one before it is not repeated.
 void GK_FlattenCurve(const GK_Curve& curve, double tolerance, std::vector<GK_3dPoint>& points);
+
+// Distance of `p` from the line through `a` and `b`, or from `a` when the two are within
+// `tolerance` of each other: a direction through nearly coincident ends means nothing.
+double GK_DistanceFromLine(const GK_3dPoint& p, const GK_3dPoint& a, const GK_3dPoint& b,
+                           double tolerance);

@@ -1,4 +1,5 @@
 #include "host/geometry/GK_Curve.h"
+#include "host/geometry/GK_CurvePoints.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -128,6 +129,24 @@ private:
     HPoint* m_points;
     double* m_params;
 };
+
+// The Bezier form of one span: its control point i is the blossom with p-i arguments at
+// the span's start and i at its end. False for an empty span.
+bool BezierSpan(const GK_NurbsCurve& curve, int span, Scratch& scratch,
+                std::vector<HPoint>& bezier) {
+    const int p = curve.Degree();
+    const double a = curve.m_knot[span];
+    const double b = curve.m_knot[span + 1];
+    if (!(a < b))
+        return false;
+    double* u = scratch.Params();
+    for (int i = 0; i <= p; ++i) {
+        for (int r = 0; r < p; ++r)
+            u[r] = r < i ? b : a;
+        bezier[i] = Blossom(curve, span, u, scratch.Points());
+    }
+    return true;
+}
 
 GK_3dPoint NanPoint() {
     const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -399,23 +418,13 @@ GK_BoundingBox GK_NurbsCurve::BoundingBox() const {
     const double extent = std::max({diag.x, diag.y, diag.z});
     const double tol = 1e-12 * extent + 8.0 * DBL_EPSILON * maxAbs;
 
-    // Bezier form of each span: its control point i is the blossom with p-i arguments at
-    // the span's start and i at its end.
     std::vector<HPoint> bezier(static_cast<std::size_t>(p) + 1);
     std::vector<std::vector<HPoint>> pieces;
     Scratch scratch(m_order);
     BezierBoxer boxer(p, tol);
     for (int span = p - 1; span <= n - 2; ++span) {
-        const double a = m_knot[span];
-        const double b = m_knot[span + 1];
-        if (!(a < b))
+        if (!BezierSpan(*this, span, scratch, bezier))
             continue;
-        double* u = scratch.Params();
-        for (int i = 0; i <= p; ++i) {
-            for (int r = 0; r < p; ++r)
-                u[r] = r < i ? b : a;
-            bezier[i] = Blossom(*this, span, u, scratch.Points());
-        }
         boxer.AddEnds(bezier.data());
         pieces.push_back(bezier);
     }
@@ -481,17 +490,6 @@ int GK_NurbsCurve::IsPolyline(GK_SimpleArray<GK_3dPoint>* points) const {
 
 namespace {
 
-double DistanceFromLine(const GK_3dPoint& p, const GK_3dPoint& a, const GK_3dPoint& b,
-                        double tolerance) {
-    const GK_3dVector d = b - a;
-    const GK_3dVector w = p - a;
-    const double len = d.Length();
-    if (!(len > tolerance) || len == 0.0)
-        return w.Length();
-    const GK_3dVector c{w.y * d.z - w.z * d.y, w.z * d.x - w.x * d.z, w.x * d.y - w.y * d.x};
-    return c.Length() / len;
-}
-
 // Whether a Bezier piece stays within `tol` of the line. With positive weights the piece
 // lies in the hull of its control points, so control points within reach settle it; a
 // point of the curve out of reach refutes it; otherwise the piece is halved. Pieces still
@@ -510,14 +508,14 @@ bool BezierNearLine(const std::vector<HPoint>& cv, const GK_3dPoint& a, const GK
         depth.pop_back();
         bool inside = true;
         for (const HPoint& h : piece)
-            if (!(DistanceFromLine(Euclidean(h), a, b, tol) <= tol)) {
+            if (!(GK_DistanceFromLine(Euclidean(h), a, b, tol) <= tol)) {
                 inside = false;
                 break;
             }
         if (inside)
             continue;
-        if (!(DistanceFromLine(Euclidean(piece[0]), a, b, tol) <= tol) ||
-            !(DistanceFromLine(Euclidean(piece[p]), a, b, tol) <= tol) || d >= kMaxDepth)
+        if (!(GK_DistanceFromLine(Euclidean(piece[0]), a, b, tol) <= tol) ||
+            !(GK_DistanceFromLine(Euclidean(piece[p]), a, b, tol) <= tol) || d >= kMaxDepth)
             return false;
         std::vector<HPoint> left(piece.size()), right(piece.size());
         work = piece;
@@ -546,7 +544,8 @@ bool GK_NurbsCurve::StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
     // Control points within reach are enough, and the usual case.
     bool all = true;
     for (int i = 0; i < m_cv_count && all; ++i)
-        all = DistanceFromLine(Euclidean(ControlPoint(*this, i)), from, to, tolerance) <= tolerance;
+        all = GK_DistanceFromLine(Euclidean(ControlPoint(*this, i)), from, to, tolerance) <=
+              tolerance;
     if (all)
         return true;
     // Otherwise span by span in Bezier form, as the box is computed.
@@ -554,16 +553,8 @@ bool GK_NurbsCurve::StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
     std::vector<HPoint> bezier(static_cast<std::size_t>(p) + 1);
     Scratch scratch(m_order);
     for (int span = p - 1; span <= m_cv_count - 2; ++span) {
-        const double a = m_knot[span];
-        const double b = m_knot[span + 1];
-        if (!(a < b))
+        if (!BezierSpan(*this, span, scratch, bezier))
             continue;
-        double* u = scratch.Params();
-        for (int i = 0; i <= p; ++i) {
-            for (int r = 0; r < p; ++r)
-                u[r] = r < i ? b : a;
-            bezier[i] = Blossom(*this, span, u, scratch.Points());
-        }
         if (!BezierNearLine(bezier, from, to, tolerance))
             return false;
     }
