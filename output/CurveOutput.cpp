@@ -7,7 +7,6 @@
 #include "output/PDFToVelmo.h"
 
 #include <cmath>
-#include <cstdlib>
 
 namespace {
 
