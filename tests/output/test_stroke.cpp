@@ -197,6 +197,22 @@ TEST_F(StrokeTest, ClippingKeepsTheInsideAndCountsEveryLine) {
                               "colour 16711680 width 0.5"});
 }
 
+// Points on the clip's outline count by the half-open crossing rule: of a clip rectangle,
+// the bottom and left edges are inside, the top and right edges outside. So a background
+// rectangle that coincides with its clip keeps only two of its sides.
+TEST_F(StrokeTest, TheClipOutlineIsHalfInside) {
+    for (const auto& [x, y, kind] :
+         {std::tuple{0.0, 0.0, 'm'}, std::tuple{10.0, 0.0, 'l'}, std::tuple{10.0, 10.0, 'l'},
+          std::tuple{0.0, 10.0, 'l'}, std::tuple{0.0, 0.0, 'l'}})
+        sink->clipElements.push_back({x, y, kind});
+    Add(0, 0, 'm');
+    Add(10, 0, 'l');
+    Add(10, 10, 'l');
+    Add(0, 10, 'l');
+    Add(0, 0, 'l');
+    EXPECT_EQ(Stroke(), Texts{"polyline (0 10) (0 0) (10 0) colour 16711680 width 0.5"});
+}
+
 TEST(NormaliseCurve, KeepsCurvesAndDropsPoints) {
     const GK_LineCurve line({0, 0, 0}, {3, 4, 0});
     std::unique_ptr<GK_Curve> normal(NormaliseCurve(line));
