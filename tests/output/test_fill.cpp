@@ -1,34 +1,27 @@
-#include "SinkDump.h"
-#include "host/doc/CVelmoDoc.h"
-#include "host/doc/CVelmoFileReadOptions.h"
-#include "output/PDFToVelmo.h"
-#include "support/TestSupport.h"
+#include "SinkFixture.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 
 using tarquil::test::CurveText;
-using tarquil::test::PendingTexts;
 using Texts = std::vector<std::string>;
 
 namespace {
 
-class FillTest : public ::testing::Test {
+class FillTest : public tarquil::test::SinkFixture {
 protected:
     void SetUp() override {
-        tarquil::test::ResetHost();
-        sink = std::make_unique<PDFToVelmo>(&doc, &options);
+        SinkFixture::SetUp();
         sink->fillColour = 0x00ff00;
         sink->strokeColour = 0xff0000;
         sink->lineWidth = 2.0;
     }
     void TearDown() override {
-        sink->DiscardPendingObjects();
         ClearSegments();
+        SinkFixture::TearDown();
     }
 
-    void Add(double x, double y, char kind) { sink->pathElements.push_back({x, y, kind}); }
     void Rectangle(double x0, double y0, double x1, double y1) {
         Add(x0, y0, 'm');
         Add(x1, y0, 'l');
@@ -50,17 +43,14 @@ protected:
             delete curve;
         sink->segmentCurves.Empty();
     }
+    // Keeps the path, so that one path can be filled both ways.
     Texts Fill(bool evenOdd = false) {
         evenOdd ? sink->EoFill() : sink->Fill();
-        Texts texts = PendingTexts(*sink);
-        sink->DiscardPendingObjects();
-        sink->pendingObjects.clear();
+        const std::vector<PathElement> path = sink->pathElements;
+        Texts texts = Take();
+        sink->pathElements = path;
         return texts;
     }
-
-    CVelmoDoc doc;
-    CVelmoFileReadOptions options;
-    std::unique_ptr<PDFToVelmo> sink;
 };
 
 const std::string kSquare = "polyline (0 0) (10 0) (10 10) (0 10) (0 0)";
@@ -99,10 +89,7 @@ TEST_F(FillTest, ClosedAndOpenOutlinesBecomeHatches) {
 }
 
 TEST_F(FillTest, AnOpenBezierSubpathIsClosedByItsBezierAgain) {
-    Add(0, 0, 'm');
-    Add(0, 5, 'a');
-    Add(10, 5, 'b');
-    Add(10, 0, 'c');
+    Bezier(0, 0, 0, 5, 10, 5, 10, 0);
     EXPECT_EQ(Segments(), (Texts{"nurbs (0 0) (0 5) (10 5) (10 0)",
                                  "nurbs (10 0) (0 5) (10 5) (10 0)", "line (10 0) (0 0)"}));
     // The second Bézier is closed by itself, so it is a boundary of its own.

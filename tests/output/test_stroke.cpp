@@ -1,30 +1,21 @@
-#include "SinkDump.h"
-#include "host/doc/CVelmoDoc.h"
-#include "host/doc/CVelmoFileReadOptions.h"
-#include "output/PDFToVelmo.h"
-#include "support/TestSupport.h"
+#include "SinkFixture.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <memory>
 
-using tarquil::test::PendingTexts;
 using Texts = std::vector<std::string>;
 
 namespace {
 
-class StrokeTest : public ::testing::Test {
+class StrokeTest : public tarquil::test::SinkFixture {
 protected:
     void SetUp() override {
-        tarquil::test::ResetHost();
-        sink = std::make_unique<PDFToVelmo>(&doc, &options);
+        SinkFixture::SetUp();
         sink->strokeColour = 0xff0000; // blue
         sink->lineWidth = 0.5;
     }
-    void TearDown() override { sink->DiscardPendingObjects(); }
-
-    void Add(double x, double y, char kind) { sink->pathElements.push_back({x, y, kind}); }
     // A two-point subpath along y = `y`, as producers write one dash.
     void Pair(double x0, double x1, double y = 10.0) {
         Add(x0, y, 'm');
@@ -32,16 +23,8 @@ protected:
     }
     Texts Stroke() {
         sink->Stroke();
-        sink->pathElements.clear();
-        Texts texts = PendingTexts(*sink);
-        sink->DiscardPendingObjects();
-        sink->pendingObjects.clear();
-        return texts;
+        return Take();
     }
-
-    CVelmoDoc doc;
-    CVelmoFileReadOptions options;
-    std::unique_ptr<PDFToVelmo> sink;
 };
 
 TEST_F(StrokeTest, RowsOfTwoPointSubpathsBecomeOneDashedLine) {
@@ -141,16 +124,10 @@ TEST_F(StrokeTest, PolylinesAndPoints) {
     // A dot and a Bézier that never leaves its start are nothing.
     Add(5, 5, 'm');
     Add(5, 5, 'l');
-    Add(7, 7, 'm');
-    Add(7, 7, 'a');
-    Add(7, 7, 'b');
-    Add(7, 7, 'c');
+    Bezier(7, 7, 7, 7, 7, 7, 7, 7);
     EXPECT_EQ(Stroke(), Texts{});
 
-    Add(0, 0, 'm');
-    Add(0, 5, 'a');
-    Add(10, 5, 'b');
-    Add(10, 0, 'c');
+    Bezier(0, 0, 0, 5, 10, 5, 10, 0);
     EXPECT_EQ(Stroke(), Texts{"nurbs (0 0) (0 5) (10 5) (10 0) colour 16711680 width 0.5"});
 
     sink->paintingEnabled = false;
@@ -178,20 +155,11 @@ TEST_F(StrokeTest, ClippingKeepsTheInsideAndCountsEveryLine) {
 
     // A Bézier whose chord lies outside the triangle is dropped though it bulges inside;
     // one whose chord is inside is cut where its chord leaves.
-    Add(6, 6, 'm');
-    Add(3, 3, 'a');
-    Add(4, 2, 'b');
-    Add(9, 3, 'c');
+    Bezier(6, 6, 3, 3, 4, 2, 9, 3);
     EXPECT_EQ(Stroke(), Texts{});
-    Add(1, 1, 'm');
-    Add(1, 3, 'a');
-    Add(7, 3, 'b');
-    Add(7, 1, 'c');
+    Bezier(1, 1, 1, 3, 7, 3, 7, 1);
     EXPECT_EQ(Stroke(), Texts{"nurbs (1 1) (1 3) (7 3) (7 1) colour 16711680 width 0.5"});
-    Add(1, 1, 'm');
-    Add(1, 3, 'a');
-    Add(19, 3, 'b');
-    Add(19, 1, 'c');
+    Bezier(1, 1, 1, 3, 19, 3, 19, 1);
     // The chord leaves at t = 4/9; the Bézier is cut at that parameter.
     EXPECT_EQ(Stroke(), Texts{"nurbs (1 1) (1 1.88889) (4.55556 2.38272) (8.50617 2.48148) "
                               "colour 16711680 width 0.5"});
