@@ -2,6 +2,8 @@
 // in 1,000 deflated object streams, found through a cross-reference stream.
 #include "pdf/xref/PDFDocument.h"
 
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 #include <zlib.h>
 
@@ -11,14 +13,7 @@
 
 namespace {
 
-std::string Deflate(const std::string& data) {
-    uLongf size = compressBound(data.size());
-    std::string out(size, '\0');
-    compress2(reinterpret_cast<Bytef*>(out.data()), &size,
-              reinterpret_cast<const Bytef*>(data.data()), data.size(), 6);
-    out.resize(size);
-    return out;
-}
+using tarquil::bench::Deflate;
 
 std::string LargeFile(int plain, int streams, int perStream) {
     struct Row {

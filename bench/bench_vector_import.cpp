@@ -14,6 +14,8 @@
 #include "host/ui/VmMessages.h"
 #include "host/ui/VmUiDriver.h"
 
+#include "BenchSupport.h"
+
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -221,14 +223,7 @@ void WriteFills(ContentWriter& w, Lcg& rnd, int count) {
     }
 }
 
-std::string Deflate(const std::string& data) {
-    uLongf size = compressBound(data.size());
-    std::string out(size, '\0');
-    compress2(reinterpret_cast<Bytef*>(out.data()), &size,
-              reinterpret_cast<const Bytef*>(data.data()), data.size(), 6);
-    out.resize(size);
-    return out;
-}
+using tarquil::bench::Deflate;
 
 std::string DrawingFile(int strokes, int dashRows, int fills, DrawingCounts& counts) {
     Lcg rnd;
