@@ -3,12 +3,33 @@
 #include "cli/TarquilApp.h"
 #include "cli/TraceState.h"
 
+#include "graphics/PDFGraphics.h"
 #include "graphics/PageDriver.h"
 #include "host/ui/VmUiDriver.h"
 #include "shell/PagePrompt.h"
 
 #include <cstdio>
 #include <iostream>
+
+namespace {
+
+// Tells the trace which colour space the operands of each colour operator are in.
+class TracingGraphics : public PDFGraphics {
+public:
+    TracingGraphics(PDFDocument* document, TraceState* trace, PDFToken* page)
+        : PDFGraphics(document, trace, page), m_trace(trace) {}
+
+    void ApplyColour(std::uint8_t which) override {
+        m_trace->colourSpace = colorSpaceName[which];
+        PDFGraphics::ApplyColour(which);
+        m_trace->colourSpace.clear();
+    }
+
+private:
+    TraceState* m_trace; // borrowed
+};
+
+} // namespace
 
 CLI::App* AddInspectTraceCommand(CLI::App& inspect, InspectArguments& args) {
     CLI::App* trace = inspect.add_subcommand(
@@ -17,6 +38,7 @@ CLI::App* AddInspectTraceCommand(CLI::App& inspect, InspectArguments& args) {
         "line each: the operation and its arguments (numbers as %g, byte strings as PDF "
         "string literals, tokens in their PDF form). Stroke, Fill, EoFill and Clip add "
         "path=[[kind x y] ...] in device space and clipBox=[xmin ymin xmax ymax] when set; "
+        "SetColour adds space (the colour space of the operands) and rgb (the bytes set); "
         "FlushTextRun adds pendingText, textMatrix, currentMatrix, fontSize, fontHeightScale "
         "and fontFamily; DrawImage adds width, height, bitsPerComponent, colorSpace, "
         "dataLength and corners. The read status goes to standard error");
@@ -42,7 +64,11 @@ int RunInspectTrace(const InspectArguments& args) {
 
     TraceState trace;
     // Batch mode, so the page question goes to the command-line prompt and its answer.
-    const PDFStatus status = ReadDocument(file, trace, true, PromptForPages);
+    const PDFStatus status =
+        ReadDocument(file, trace, true, PromptForPages, {},
+                     [&trace](PDFDocument* document, PDFGraphicsState*, PDFToken* page) {
+                         return std::make_unique<TracingGraphics>(document, &trace, page);
+                     });
     std::cout << (args.json ? trace.JsonReport() : trace.TextReport());
     std::cout.flush();
     std::cerr << "status: " << status << "\n";

@@ -448,8 +448,15 @@ void TraceState::EndMarkedContent() {
 }
 
 void TraceState::SetColour(std::uint8_t which, double r, double g, double b) {
+    const std::size_t index = calls.size();
     Note("SetColour", Nums({static_cast<double>(which), r, g, b}));
     PDFGraphicsState::SetColour(which, r, g, b);
+    const std::uint32_t packed = which == 0 ? fillColour : strokeColour;
+    TraceCall& call = calls[index];
+    call.extras.emplace_back("space", TraceValue::ByteString(colourSpace));
+    call.extras.emplace_back("rgb", TraceValue::List({TraceValue::Num(packed & 0xff),
+                                                      TraceValue::Num((packed >> 8) & 0xff),
+                                                      TraceValue::Num((packed >> 16) & 0xff)}));
 }
 
 void TraceState::ColourChanged(std::uint32_t red, std::uint32_t green, std::uint32_t blue) {

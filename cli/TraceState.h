@@ -37,6 +37,9 @@ struct TraceCall {
 class TraceState : public PDFGraphicsState {
 public:
     std::vector<TraceCall> calls;
+    // The colour space whose operands are being applied, told by the interpreter; SetColour
+    // shows it beside the resulting RGB.
+    std::string colourSpace;
 
     // One line per call: "Op arg arg key=value ...", numbers as %g in the classic locale.
     std::string TextReport() const;

@@ -74,10 +74,12 @@ void PDFGraphics::SetColorSpaceName(std::uint8_t which, const std::string& name)
 }
 
 PDFStatus PDFGraphics::ExecuteWord(const std::string& word, PDFDocument* doc) {
+    if (readFailure != kPdfOk)
+        return readFailure;
     const std::uint32_t op = PackOperator(word);
     const std::uint8_t which = !word.empty() && word[0] >= 'A' && word[0] <= 'Z' ? 1 : 0;
     if (GeneralOp(op) || PathOp(op) || ColourOp(op, which) || TextOp(op) || MarkedOp(op, doc))
-        return kPdfOk;
+        return readFailure;
     const PDFStatus status = PDFParser::ExecuteWord(word, doc);
     return status == kPdfUnknownOp ? kPdfOk : status;
 }
@@ -135,8 +137,7 @@ bool PDFGraphics::GeneralOp(std::uint32_t op) {
         state->SetExtGStateName(PopString());
         return true;
     case Op("sh"):
-        // Shadings paint nothing; only the name is taken.
-        Drop();
+        ShowShading();
         return true;
     case Op("Do"):
         // External objects are not drawn yet; only the name is taken.

@@ -11,6 +11,9 @@
 #include <string>
 #include <string_view>
 
+// The numbers a function dictionary gives for one evaluation (graphics/colour).
+struct FunctionValues;
+
 class PDFGraphics : public PDFParser {
 public:
     // All references are borrowed from the document. A page that is no dictionary leaves the
@@ -55,6 +58,11 @@ public:
     std::map<std::string, ToUnicodeMap> fontToUnicode;
     std::map<std::string, EncodingMap> fontEncoding;
 
+    // Set when colour or image data are read past their end. Every later word returns it, so
+    // the page's parse ends at once and the whole read fails with it: the data contradict
+    // their own dictionary and nothing drawn from them can be trusted.
+    PDFStatus readFailure = kPdfOk;
+
 private:
     // Resolves `key` of the dictionary `dict` and gives it back if it is a dictionary.
     PDFToken* FindDict(PDFToken* dict, const std::string& key);
@@ -69,4 +77,21 @@ private:
 
     void ShowTextArray();
     void EndInlineImage();
+
+    // Colour spaces and tint transforms (graphics/colour).
+    PDFToken* ColourSpaceResources();
+    void ApplyColourAtDepth(std::uint8_t which, int depth);
+    void EvaluateTintTransform(PDFToken* function, PDFToken* alternate, std::uint8_t which);
+    void EvaluateSampled(const FunctionValues& values, const std::string& data, PDFToken* alternate,
+                         std::uint8_t which);
+    void EvaluateExponential(const FunctionValues& values, PDFToken* dict, PDFToken* alternate,
+                             std::uint8_t which);
+    void EvaluateSingleInput(const FunctionValues& values, PDFToken* dict, PDFToken* alternate,
+                             std::uint8_t which);
+    void ShowShading();
+
+    // The decoded samples of the last sampled function met (borrowed token): a page that
+    // sets many tints of one space decodes them once.
+    const PDFToken* tintSamplesOf = nullptr;
+    std::string tintSamples;
 };

@@ -184,8 +184,11 @@ PDFStatus DrawAnnotations(PDFDocument& doc, PDFGraphics& graphics, PDFGraphicsSt
         if (status != kPdfOk)
             return status;
         sink.SaveState();
-        // A broken appearance costs only itself.
+        // A broken appearance costs only itself, unless its data contradict their own
+        // dictionary: that ends the whole read, as it would in page content.
         (void)Interpret(graphics, prefix + decoded + " Q");
+        if (graphics.readFailure != kPdfOk)
+            return graphics.readFailure;
         graphics.SwapResources(kept);
         sink.RestoreState();
     }
@@ -196,7 +199,7 @@ PDFStatus DrawAnnotations(PDFDocument& doc, PDFGraphics& graphics, PDFGraphicsSt
 // without an error.
 PDFStatus ReadPage(PDFDocument& doc, PDFGraphicsState& sink, std::int32_t pageNumber,
                    std::int32_t pageOrdinal, double& pageCursor, bool& ended,
-                   const PendingPageBox& pendingBox) {
+                   const PendingPageBox& pendingBox, const InterpreterFactory& makeInterpreter) {
     PDFToken* page = nullptr;
     PDFStatus status = FindPageToken(doc, pageNumber, &page);
     if (status != kPdfOk)
@@ -241,7 +244,10 @@ PDFStatus ReadPage(PDFDocument& doc, PDFGraphicsState& sink, std::int32_t pageNu
         streams.push_back(static_cast<const Stream*>(contents));
     }
 
-    PDFGraphics graphics(&doc, &sink, page);
+    std::unique_ptr<PDFGraphics> interpreter =
+        makeInterpreter ? makeInterpreter(&doc, &sink, page)
+                        : std::make_unique<PDFGraphics>(&doc, &sink, page);
+    PDFGraphics& graphics = *interpreter;
     for (const Stream* stream : streams) {
         std::string decoded;
         status = DecodeStream(*stream, decoded);
@@ -260,7 +266,8 @@ PDFStatus ReadPage(PDFDocument& doc, PDFGraphicsState& sink, std::int32_t pageNu
 } // namespace
 
 PDFStatus ReadDocument(std::FILE* file, PDFGraphicsState& sink, bool batchMode,
-                       const PagePrompt& prompt, const PendingPageBox& pendingBox) {
+                       const PagePrompt& prompt, const PendingPageBox& pendingBox,
+                       const InterpreterFactory& makeInterpreter) {
     if (!file)
         return kPdfCannotOpenFile;
     // Declared in this order so that the pages go first, then the document, and the reader
@@ -298,7 +305,8 @@ PDFStatus ReadDocument(std::FILE* file, PDFGraphicsState& sink, bool batchMode,
     std::int32_t pageOrdinal = 0;
     for (const int pageNumber : selectedPages) {
         bool ended = false;
-        status = ReadPage(doc, sink, pageNumber, pageOrdinal, pageCursor, ended, pendingBox);
+        status = ReadPage(doc, sink, pageNumber, pageOrdinal, pageCursor, ended, pendingBox,
+                          makeInterpreter);
         if (status != kPdfOk || ended)
             return status;
         ++pageOrdinal;

@@ -6,7 +6,12 @@
 
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <set>
+
+class PDFDocument;
+class PDFGraphics;
+class PDFToken;
 
 // Asks the user which pages to read, page numbers from 0; an empty set means cancel. The
 // import shell supplies it (its page dialog or command-line prompt), so this layer does not
@@ -19,7 +24,13 @@ using PagePrompt = std::function<std::set<int>(int pageCount, bool batchMode)>;
 // size.
 using PendingPageBox = std::function<void(double& size, double& e, double& f)>;
 
+// Makes the interpreter of one page. Tools that watch the interpreter itself (the colour
+// spaces it meets, say) supply a derived one; by default it is a plain PDFGraphics.
+using InterpreterFactory = std::function<std::unique_ptr<PDFGraphics>(
+    PDFDocument* document, PDFGraphicsState* state, PDFToken* page)>;
+
 // Takes over `file` (which may be null) and closes it. Returns 0 or a status.
 [[nodiscard]] PDFStatus ReadDocument(std::FILE* file, PDFGraphicsState& sink, bool batchMode,
                                      const PagePrompt& prompt,
-                                     const PendingPageBox& pendingBox = {});
+                                     const PendingPageBox& pendingBox = {},
+                                     const InterpreterFactory& makeInterpreter = {});

@@ -130,10 +130,11 @@ TEST(InspectTrace, ImageRecordAndUtf8) {
     EXPECT_EQ(TraceUtf8(std::u16string{0xD83D, u'x'}), "\xEF\xBF\xBDx");
 }
 
-// The command answers the page prompt with --pages and keeps standard output to the JSON.
+// The command answers the page prompt with --pages and keeps standard output to the JSON;
+// each colour set shows its space and the bytes it gave.
 TEST(InspectTrace, CommandReadsTheAskedPages) {
     tarquil::test::ResetHost();
-    TempFile file("pages.pdf", TwoPages("1 1 m 2 2 l S", "7 7 m 8 8 l S"));
+    TempFile file("pages.pdf", TwoPages("1 1 m 2 2 l S", "0 0 1 0 K 7 7 m 8 8 l S"));
     InspectArguments args;
     args.file = file.Path().string();
     args.json = true;
@@ -148,9 +149,14 @@ TEST(InspectTrace, CommandReadsTheAskedPages) {
     const nlohmann::json calls = nlohmann::json::parse(out.str(), nullptr, false);
     ASSERT_TRUE(calls.is_array()) << out.str();
     std::vector<nlohmann::json> strokes;
-    for (const nlohmann::json& call : calls)
+    for (const nlohmann::json& call : calls) {
         if (call["op"] == "Stroke")
             strokes.push_back(call["path"]);
+        if (call["op"] == "SetColour") {
+            EXPECT_EQ(call["space"], "(DeviceCMYK)");
+            EXPECT_EQ(call["rgb"], nlohmann::json::parse("[255, 255, 0]"));
+        }
+    }
     ASSERT_EQ(strokes.size(), 1u);
     EXPECT_EQ(strokes[0][0], nlohmann::json::parse("[\"m\", 7, 7]"));
 }

@@ -349,27 +349,3 @@ TEST(Interpreter, PageAndResources) {
 }
 
 } // namespace
-
-namespace {
-
-// The device colour spaces set the colour at once; other spaces leave colour and operands.
-TEST(Interpreter, DeviceColours) {
-    RecordingState state;
-    PDFGraphics gi(nullptr, &state, nullptr);
-    const auto run = [&](const std::string& content) {
-        gi.SetStream(new std::istringstream(content), true);
-        (void)gi.ParseUntil(nullptr);
-    };
-    run("1 0 0 RG 0.5 g");
-    EXPECT_EQ(state.strokeColour, 0x0000ffu);
-    EXPECT_EQ(state.fillColour, 0x808080u);
-    run("0 0 0 1 k 1 0 0 0 K");
-    EXPECT_EQ(state.fillColour, 0x000000u);
-    EXPECT_EQ(state.strokeColour, 0xffff00u); // cyan: no red, full green and blue
-    run("0 0 0 0 k");
-    EXPECT_EQ(state.fillColour, 0xffffffu);
-    run("/Lab cs 0.2 0.3 0.4 sc");
-    EXPECT_EQ(state.fillColour, 0xffffffu);
-}
-
-} // namespace
