@@ -6,6 +6,7 @@
 #include "cli/ScriptedOptions.h"
 #include "cli/SettingsStore.h"
 #include "cli/UsageError.h"
+#include "host/base/CVelmoFileUtilities.h"
 #include "host/base/GK_String.h"
 #include "host/ui/CVelmoApp.h"
 #include "host/ui/VmMessages.h"
@@ -115,6 +116,10 @@ CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args) {
     cmd->add_option("--svg", args.svgOut, "Write the document as SVG ('-': standard output)")
         ->type_name("OUT");
     cmd->add_flag("--quiet", args.quiet, "Do not echo the importer's messages on standard error");
+    cmd->add_option("--temp-dir", args.tempDir,
+                    "Folder for the image files that picture frames refer to (default: a "
+                    "'tarquil' folder under $TMPDIR or /tmp); created when missing")
+        ->type_name("DIR");
     cmd->footer("Keys with a fixed type: PreserveModelScale, ImportFillsAsHatches, LoadText "
                 "(bool); PdfUnits, AiUnits, EpsUnits (int); VelmoScale, PDFScale, AiScale, "
                 "EpsScale (double). Other values are typed by their form.\n"
@@ -166,6 +171,7 @@ int RunImport(const ImportArguments& args) {
 
     CVelmoDoc doc;
     SetUpUserInterface(args, doc, answers);
+    CVelmoFileUtilities::SetTempFolder(VmWideFromBytes(args.tempDir).c_str());
 
     // The modeller loads a plug-in once before its first use, then hands it its settings.
     CQuillonPlugIn& plugIn = ThePlugIn();

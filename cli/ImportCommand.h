@@ -23,6 +23,7 @@ struct ImportArguments {
     std::string settings; // empty: the default store
     std::string jsonOut;
     std::string svgOut;
+    std::string tempDir; // empty: the host's default temporary folder
 };
 
 // Declares the subcommand and its options on `parent`; parsing fills `args`.

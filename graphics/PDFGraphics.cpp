@@ -37,6 +37,9 @@ PDFGraphics::PDFGraphics(PDFDocument* document, PDFGraphicsState* graphicsState,
 PDFGraphics::~PDFGraphics() = default;
 
 PDFToken* PDFGraphics::FindDict(PDFToken* dict, const std::string& key) {
+    // A form may leave anything as its resources: only a dictionary has entries.
+    if (!dict || !dict->IsType(kPdfKindDict))
+        return nullptr;
     PDFToken* value = static_cast<PDFDict*>(dict)->Find(key);
     PDFToken* resolved = nullptr;
     if (!value || Resolve(value, &resolved) != kPdfOk || !resolved ||
@@ -140,8 +143,7 @@ bool PDFGraphics::GeneralOp(std::uint32_t op) {
         ShowShading();
         return true;
     case Op("Do"):
-        // External objects are not drawn yet; only the name is taken.
-        Drop();
+        DoXObject();
         return true;
     case Op("BI"):
         Push(new PDFMark("BI"));

@@ -90,6 +90,13 @@ private:
                              std::uint8_t which);
     void ShowShading();
 
+    // External objects (graphics/PDFGraphicsXObjects.cpp, graphics/ImageXObject.cpp).
+    void DoXObject();
+    void DrawForm(PDFStream* form, PDFToken* keptResources);
+    void DrawImageXObject(PDFStream* image, PDFToken* keptResources);
+    int formDepth = 0;         // forms being drawn, one inside the other
+    std::size_t formDraws = 0; // forms drawn on this page
+
     // The decoded samples of the last sampled function met (borrowed token): a page that
     // sets many tints of one space decodes them once.
     const PDFToken* tintSamplesOf = nullptr;

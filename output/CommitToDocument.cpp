@@ -1,5 +1,6 @@
 // The finishing pass: pending objects become document objects once scale and placement are
 // known.
+#include "graphics/PDFImage.h"
 #include "host/doc/CVelmoDoc.h"
 #include "host/doc/CVelmoFileReadOptions.h"
 #include "host/geometry/GK_Curve.h"
@@ -79,10 +80,20 @@ void PDFToVelmo::CommitToDocument(double scale, const GK_3dVector& translation, 
         }
     }
 
-    // Not built yet, in this order: the text pass and, with loadText, a default dimension
-    // style when the document has none; the image pass, which also releases the PDFImage
-    // records; the missing-font report.
+    // Not built yet: the text pass and, with loadText, a default dimension style when the
+    // document has none.
     (void)loadText;
+
+    // Images are always imported; each record goes once its file and frame are made.
+    const PDFMatrix toModel{scale, 0.0, 0.0, scale, scale * translation.x, scale * translation.y};
+    for (PDFImage*& image : images) {
+        if (image)
+            PlaceImage(*image, toModel);
+        delete image;
+        image = nullptr;
+    }
+
+    // Not built yet: the missing-font report.
     (void)showMissingFontsDialog;
     doc->Redraw();
 

@@ -59,4 +59,9 @@ void PDFToVelmo::DiscardPendingObjects() {
         delete pending.geometry;
         pending.geometry = nullptr;
     }
+    // The images go with the geometry: a failed or cancelled read keeps nothing.
+    for (PDFImage*& image : images) {
+        delete image;
+        image = nullptr;
+    }
 }

@@ -4,6 +4,7 @@
 // import shell has fixed scale and placement; only layers reach the document earlier, so a
 // failed or cancelled read leaves no geometry behind.
 #include "graphics/PDFGraphicsState.h"
+#include "graphics/PDFMatrix.h"
 #include "graphics/PathElement.h"
 #include "host/base/GK_Array.h"
 #include "host/base/GK_String.h"
@@ -52,6 +53,9 @@ public:
                           bool boundaryCurves, bool importLineWeights, bool showMissingFontsDialog);
     // Index of the linetype for a dash of 2 or 4 lengths, added when its name is new.
     int FindOrAddLinetype(const std::vector<double>& dash);
+    // Writes the image's file and frames it on its corners taken through `matrix` (page
+    // space to model space).
+    void PlaceImage(const PDFImage& image, const PDFMatrix& matrix);
 
     // The pieces of Stroke and Fill.
     void BuildStrokeSegments();

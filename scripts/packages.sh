@@ -1,7 +1,7 @@
 # Installs the Debian packages the build needs, when some are missing. Sourced by the
 # other scripts.
 TARQUIL_PACKAGES="cmake ninja-build g++ clang-format zlib1g-dev libgtest-dev
-  nlohmann-json3-dev libcli11-dev libfontconfig-dev libbenchmark-dev libtiff-dev pkg-config"
+  nlohmann-json3-dev libcli11-dev libfontconfig-dev libbenchmark-dev libtiff-dev libpng-dev pkg-config"
 
 tarquil_install_packages() {
     local missing=""

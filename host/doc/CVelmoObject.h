@@ -1,8 +1,10 @@
 #pragma once
 // Document objects and their attributes.
+#include "host/base/GK_String.h"
 #include "host/doc/GK_Color.h"
 #include "host/geometry/GK_Curve.h"
 #include "host/geometry/GK_Hatch.h"
+#include "host/geometry/GK_PictureFrame.h"
 
 #include <memory>
 
@@ -76,4 +78,20 @@ public:
 
 private:
     std::unique_ptr<GK_Hatch> m_hatch;
+};
+
+// A picture frame: a rectangle showing an image file, which it refers to by path.
+class CVelmoPictureFrameObject : public CVelmoObject {
+public:
+    CVelmoPictureFrameObject(const GK_PictureFrame& frame, const wchar_t* path)
+        : m_frame(frame), m_path(path) {}
+    Kind ObjectKind() const override { return picture_object; }
+    const GK_Geometry* Geometry() const override { return &m_frame; }
+
+    const GK_PictureFrame& Frame() const { return m_frame; }
+    const GK_wString& Path() const { return m_path; }
+
+private:
+    GK_PictureFrame m_frame;
+    GK_wString m_path;
 };

@@ -43,6 +43,15 @@ GK_Plane::GK_Plane(const GK_3dPoint& point, const GK_3dVector& normal) : origin(
     yaxis = Cross(z, x);
 }
 
+GK_Plane::GK_Plane(const GK_3dPoint& point, const GK_3dVector& xdir, const GK_3dVector& ydir)
+    : origin(point), xaxis(Unit(xdir)), yaxis(Unit(ydir)), zaxis(Unit(Cross(xaxis, yaxis))) {}
+
+bool GK_Plane::IsValidFrame() const {
+    return origin.IsValid() && std::fabs(xaxis.Length() - 1.0) <= kFrameTolerance &&
+           std::fabs(yaxis.Length() - 1.0) <= kFrameTolerance &&
+           std::fabs(zaxis.Length() - 1.0) <= kFrameTolerance;
+}
+
 bool GK_Plane::IsValid() const {
     if (!origin.IsValid())
         return false;
