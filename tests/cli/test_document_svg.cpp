@@ -1,6 +1,6 @@
 #include "cli/DocumentJson.h"
 #include "cli/DocumentSvg.h"
-#include "cli/JsonText.h"
+#include "cli/JsonWriter.h"
 
 #include "host/doc/CVelmoDoc.h"
 
@@ -9,6 +9,7 @@
 #include <cmath>
 #include <locale>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -340,10 +341,13 @@ TEST(DocumentSvg, OutputIgnoresTheGlobalLocale) {
     const std::locale previous =
         std::locale::global(std::locale(std::locale::classic(), new CommaDecimal));
     const std::string svg = DocumentToSvg(doc);
-    const std::string json = JsonText(DocumentToJson(doc, 1, {}));
+    std::ostringstream json;
+    JsonWriter writer(json, 2);
+    WriteDocumentJson(writer, doc, 1, {});
+    EXPECT_TRUE(writer.Finish());
     std::locale::global(previous);
     EXPECT_NE(svg.find("M 0.5 -1234.25 L 2 -3"), std::string::npos) << svg;
-    EXPECT_NE(json.find("[0.5, 1234.25, 0.0]"), std::string::npos) << json;
+    EXPECT_NE(json.str().find("[0.5, 1234.25, 0.0]"), std::string::npos) << json.str();
 }
 
 } // namespace
