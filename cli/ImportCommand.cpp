@@ -198,11 +198,7 @@ int RunImport(const ImportArguments& args) {
         std::cerr << "tarquil: error: " << error << "\n";
         written = false;
     }
-    const auto writeSvg = [&](std::ostream& out) {
-        out << DocumentToSvg(doc);
-        out.flush();
-        return static_cast<bool>(out);
-    };
+    const auto writeSvg = [&](std::ostream& out) { return WriteDocumentSvg(out, doc); };
     if (!args.svgOut.empty() && !WriteOutput(args.svgOut, writeSvg, error)) {
         std::cerr << "tarquil: error: " << error << "\n";
         written = false;
