@@ -2,31 +2,45 @@
 
 #include "host/base/GK_String.h"
 
+#include <algorithm>
 #include <memory>
-
-using json = nlohmann::ordered_json;
 
 namespace {
 
-json PointJson(const GK_3dPoint& p) {
-    return json::array({p.x, p.y, p.z});
+void WritePoint(JsonWriter& out, const GK_3dPoint& p) {
+    out.BeginArray().Number(p.x).Number(p.y).Number(p.z).EndArray();
 }
 
-json ColorJson(const GK_Color& c) {
-    return json::array({c.Red(), c.Green(), c.Blue()});
+void WriteColor(JsonWriter& out, const GK_Color& c) {
+    out.BeginArray().Integer(c.Red()).Integer(c.Green()).Integer(c.Blue()).EndArray();
 }
 
-json Text(const GK_wString& text) {
-    return VmUtf8FromWide(text.str());
+void WriteText(JsonWriter& out, const GK_wString& text) {
+    out.String(VmUtf8FromWide(text.str()));
 }
 
-json IdJson(const GK_UUID& id) {
-    return id.IsNil() ? json() : json(id.ToString());
+void WriteId(JsonWriter& out, const GK_UUID& id) {
+    if (id.IsNil())
+        out.Null();
+    else
+        out.String(id.ToString());
 }
 
-// -1 is "continuous" in the host; an absent linetype reads better as null than as -1.
-json LinetypeIndexJson(int index) {
-    return index < 0 ? json() : json(index);
+// A table index, or null when negative: -1 is "continuous" for a linetype and "none" for a
+// pattern, which read better as null.
+void WriteIndexOrNull(JsonWriter& out, int index) {
+    if (index < 0)
+        out.Null();
+    else
+        out.Integer(index);
+}
+
+// A list of `count` entries, each written by `entry(i)`.
+template <class Entry> void WriteList(JsonWriter& out, int count, Entry&& entry) {
+    out.BeginArray();
+    for (int i = 0; i < count; ++i)
+        entry(i);
+    out.EndArray();
 }
 
 const char* UnitName(VmLengthUnit unit) {
@@ -61,205 +75,250 @@ const char* KindName(CVelmoObject::Kind kind) {
     return "unknown";
 }
 
-json NurbsJson(const GK_NurbsCurve& nurbs) {
-    json c = {{"type", "nurbs"}};
-    json points = json::array();
-    json weights = json::array();
-    for (int i = 0; i < nurbs.CVCount(); ++i) {
+void WriteNurbs(JsonWriter& out, const GK_NurbsCurve& nurbs) {
+    out.BeginObject();
+    out.Key("type").String("nurbs");
+    out.Key("points");
+    WriteList(out, nurbs.CVCount(), [&](int i) {
         GK_3dPoint p;
-        points.push_back(nurbs.GetCV(i, p) ? PointJson(p) : json());
-        if (nurbs.IsRational())
-            weights.push_back(nurbs.Weight(i));
+        if (nurbs.GetCV(i, p))
+            WritePoint(out, p);
+        else
+            out.Null();
+    });
+    if (nurbs.IsRational()) {
+        out.Key("weights");
+        WriteList(out, nurbs.CVCount(), [&](int i) { out.Number(nurbs.Weight(i)); });
     }
-    json knots = json::array();
-    for (int i = 0; i < nurbs.KnotCount() && i < nurbs.m_knot.Count(); ++i)
-        knots.push_back(nurbs.Knot(i));
-    c["points"] = std::move(points);
-    if (nurbs.IsRational())
-        c["weights"] = std::move(weights);
-    c["order"] = nurbs.Order();
-    c["degree"] = nurbs.Degree();
-    c["rational"] = nurbs.IsRational();
-    c["knots"] = std::move(knots);
-    return c;
+    out.Key("order").Integer(nurbs.Order());
+    out.Key("degree").Integer(nurbs.Degree());
+    out.Key("rational").Bool(nurbs.IsRational());
+    out.Key("knots");
+    WriteList(out, std::min(nurbs.KnotCount(), nurbs.m_knot.Count()),
+              [&](int i) { out.Number(nurbs.Knot(i)); });
+    out.EndObject();
 }
 
-json LayerJson(const CVelmoLayerTable& table, int index) {
+void WriteLayer(JsonWriter& out, const CVelmoLayerTable& table, int index) {
     const GK_Layer& layer = table[index];
-    return {
-        {"index", index},
-        {"id", IdJson(layer.Id())},
-        {"name", Text(layer.Name())},
-        {"fullPath", Text(table.FullPathName(index))},
-        {"parentId", IdJson(layer.ParentId())},
-        {"visible", layer.IsVisible()},
-        {"locked", layer.IsLocked()},
-        {"color", ColorJson(layer.Color())},
-        {"linetype", LinetypeIndexJson(layer.LinetypeIndex())},
-        {"plotWeight", layer.PlotWeight()},
-        {"reference", layer.IsReference()},
-    };
+    out.BeginObject();
+    out.Key("index").Integer(index);
+    out.Key("id");
+    WriteId(out, layer.Id());
+    out.Key("name");
+    WriteText(out, layer.Name());
+    out.Key("fullPath");
+    WriteText(out, table.FullPathName(index));
+    out.Key("parentId");
+    WriteId(out, layer.ParentId());
+    out.Key("visible").Bool(layer.IsVisible());
+    out.Key("locked").Bool(layer.IsLocked());
+    out.Key("color");
+    WriteColor(out, layer.Color());
+    out.Key("linetype");
+    WriteIndexOrNull(out, layer.LinetypeIndex());
+    out.Key("plotWeight").Number(layer.PlotWeight());
+    out.Key("reference").Bool(layer.IsReference());
+    out.EndObject();
 }
 
-json LinetypeJson(const GK_Linetype& linetype, int index) {
-    json segments = json::array();
-    for (int i = 0; i < linetype.SegmentCount(); ++i) {
+void WriteLinetype(JsonWriter& out, const GK_Linetype& linetype, int index) {
+    out.BeginObject();
+    out.Key("index").Integer(index);
+    out.Key("name");
+    WriteText(out, linetype.Name());
+    out.Key("segments");
+    WriteList(out, linetype.SegmentCount(), [&](int i) {
         const GK_LinetypeSegment& s = linetype.Segment(i);
-        segments.push_back(
-            {{"length", s.m_length},
-             {"type", s.m_seg_type == GK_LinetypeSegment::stSpace ? "space" : "line"}});
-    }
-    return {{"index", index}, {"name", Text(linetype.Name())}, {"segments", std::move(segments)}};
+        out.BeginObject();
+        out.Key("length").Number(s.m_length);
+        out.Key("type").String(s.m_seg_type == GK_LinetypeSegment::stSpace ? "space" : "line");
+        out.EndObject();
+    });
+    out.EndObject();
 }
 
-json HatchPatternJson(const GK_HatchPattern& pattern, int index) {
+void WriteHatchPattern(JsonWriter& out, const GK_HatchPattern& pattern, int index) {
     const bool solid = pattern.FillType() == GK_HatchPattern::HatchFillType::Solid;
-    return {{"index", index}, {"name", Text(pattern.Name())}, {"fill", solid ? "solid" : "lines"}};
+    out.BeginObject();
+    out.Key("index").Integer(index);
+    out.Key("name");
+    WriteText(out, pattern.Name());
+    out.Key("fill").String(solid ? "solid" : "lines");
+    out.EndObject();
+}
+
+// The members a curve object adds to the common ones.
+void WriteCurveMembers(JsonWriter& out, const CVelmoCurveObject* object) {
+    const GK_Curve* curve = object ? object->Curve() : nullptr;
+    out.Key("curve");
+    if (curve)
+        WriteCurveJson(out, *curve);
+    else
+        out.Null();
 }
 
 // The pattern and every loop with its curve in world coordinates, in the hatch's order:
 // each outer loop followed by its holes.
-void HatchJson(const GK_Hatch& hatch, json& o) {
-    json loops = json::array();
-    for (int i = 0; i < hatch.LoopCount(); ++i) {
-        const GK_HatchLoop* loop = hatch.Loop(i);
-        const std::unique_ptr<GK_Curve> curve(hatch.LoopCurve3d(i));
-        loops.push_back(
-            {{"type", loop && loop->Type() == GK_HatchLoop::ltInner ? "inner" : "outer"},
-             {"curve", curve ? CurveToJson(*curve) : json()}});
+void WriteHatchMembers(JsonWriter& out, const CVelmoHatch* object) {
+    const GK_Hatch* hatch = object ? object->Hatch() : nullptr;
+    if (!hatch) {
+        out.Key("pattern").Null();
+        out.Key("loops").Null();
+        return;
     }
-    o["pattern"] = hatch.PatternIndex() < 0 ? json() : json(hatch.PatternIndex());
-    o["loops"] = std::move(loops);
+    out.Key("pattern");
+    WriteIndexOrNull(out, hatch->PatternIndex());
+    out.Key("loops");
+    WriteList(out, hatch->LoopCount(), [&](int i) {
+        const GK_HatchLoop* loop = hatch->Loop(i);
+        const std::unique_ptr<GK_Curve> curve(hatch->LoopCurve3d(i));
+        out.BeginObject();
+        out.Key("type").String(loop && loop->Type() == GK_HatchLoop::ltInner ? "inner" : "outer");
+        out.Key("curve");
+        if (curve)
+            WriteCurveJson(out, *curve);
+        else
+            out.Null();
+        out.EndObject();
+    });
 }
 
-json ViewsJson(const CVelmoDoc& doc) {
-    json list = json::array();
+void WriteViews(JsonWriter& out, const CVelmoDoc& doc) {
     int fits = 0;
-    for (const auto& view : doc.Views()) {
+    for (const auto& view : doc.Views())
         fits += view->ExtentsFitCount();
-        list.push_back({{"name", Text(view->Name())}, {"fits", view->ExtentsFitCount()}});
+    out.BeginObject();
+    out.Key("count").Integer(static_cast<int>(doc.Views().size()));
+    out.Key("fits").Integer(fits);
+    out.Key("redraws").Integer(doc.RedrawCount());
+    out.Key("list").BeginArray();
+    for (const auto& view : doc.Views()) {
+        out.BeginObject();
+        out.Key("name");
+        WriteText(out, view->Name());
+        out.Key("fits").Integer(view->ExtentsFitCount());
+        out.EndObject();
     }
-    return {{"count", static_cast<int>(doc.Views().size())},
-            {"fits", fits},
-            {"redraws", doc.RedrawCount()},
-            {"list", std::move(list)}};
+    out.EndArray();
+    out.EndObject();
 }
 
 } // namespace
 
-json CurveToJson(const GK_Curve& curve) {
-    if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve))
-        return {
-            {"type", "line"},
-            {"points", json::array({PointJson(line->m_line.from), PointJson(line->m_line.to)})}};
-    if (const auto* pline = dynamic_cast<const GK_PolylineCurve*>(&curve)) {
-        json points = json::array();
-        for (const GK_3dPoint& p : pline->m_pline)
-            points.push_back(PointJson(p));
-        return {{"type", "polyline"}, {"points", std::move(points)}};
+void WriteCurveJson(JsonWriter& out, const GK_Curve& curve) {
+    if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve)) {
+        out.BeginObject();
+        out.Key("type").String("line");
+        out.Key("points").BeginArray();
+        WritePoint(out, line->m_line.from);
+        WritePoint(out, line->m_line.to);
+        out.EndArray();
+        out.EndObject();
+        return;
     }
-    if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve))
-        return NurbsJson(*nurbs);
+    if (const auto* pline = dynamic_cast<const GK_PolylineCurve*>(&curve)) {
+        out.BeginObject();
+        out.Key("type").String("polyline");
+        out.Key("points").BeginArray();
+        for (const GK_3dPoint& p : pline->m_pline)
+            WritePoint(out, p);
+        out.EndArray();
+        out.EndObject();
+        return;
+    }
+    if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
+        WriteNurbs(out, *nurbs);
+        return;
+    }
     if (const auto* poly = dynamic_cast<const GK_PolyCurve*>(&curve)) {
-        json segments = json::array();
-        for (int i = 0; i < poly->Count(); ++i) {
-            const GK_Curve* segment = poly->SegmentCurve(i);
-            segments.push_back(segment ? CurveToJson(*segment) : json());
-        }
-        return {{"type", "polycurve"}, {"segments", std::move(segments)}};
+        out.BeginObject();
+        out.Key("type").String("polycurve");
+        out.Key("segments");
+        WriteList(out, poly->Count(), [&](int i) {
+            if (const GK_Curve* segment = poly->SegmentCurve(i))
+                WriteCurveJson(out, *segment);
+            else
+                out.Null();
+        });
+        out.EndObject();
+        return;
     }
     // Every curve class of the host is handled above; a new one shows up here rather
     // than being mistaken for one of them.
-    return {{"type", "unknown"}};
+    out.BeginObject().Key("type").String("unknown").EndObject();
 }
 
-json ObjectToJson(const CVelmoObject& object) {
+void WriteObjectJson(JsonWriter& out, const CVelmoObject& object) {
     const CVelmoObjectAttributes& a = object.Attributes();
     const bool colorFromObject = a.m_color_source == GK_3dmObjectAttributes::color_from_object;
     const bool linetypeFromObject =
         a.m_linetype_source == GK_3dmObjectAttributes::linetype_from_object;
     const bool weightFromObject =
         a.m_plot_weight_source == GK_3dmObjectAttributes::plot_weight_from_object;
-    json o = {
-        {"kind", KindName(object.ObjectKind())},
-        {"layer", a.m_layer_index},
-        {"color", ColorJson(a.m_color)},
-        {"colorSource", colorFromObject ? "object" : "layer"},
-        {"linetype", LinetypeIndexJson(a.m_linetype_index)},
-        {"linetypeSource", linetypeFromObject ? "object" : "layer"},
-        {"plotWeight", a.m_plot_weight_mm},
-        {"plotWeightSource", weightFromObject ? "object" : "layer"},
-        {"reference", object.IsReference()},
-    };
+    out.BeginObject();
+    out.Key("kind").String(KindName(object.ObjectKind()));
+    out.Key("layer").Integer(a.m_layer_index);
+    out.Key("color");
+    WriteColor(out, a.m_color);
+    out.Key("colorSource").String(colorFromObject ? "object" : "layer");
+    out.Key("linetype");
+    WriteIndexOrNull(out, a.m_linetype_index);
+    out.Key("linetypeSource").String(linetypeFromObject ? "object" : "layer");
+    out.Key("plotWeight").Number(a.m_plot_weight_mm);
+    out.Key("plotWeightSource").String(weightFromObject ? "object" : "layer");
+    out.Key("reference").Bool(object.IsReference());
     switch (object.ObjectKind()) {
-    case CVelmoObject::curve_object: {
-        const auto* curveObject = dynamic_cast<const CVelmoCurveObject*>(&object);
-        const GK_Curve* curve = curveObject ? curveObject->Curve() : nullptr;
-        o["curve"] = curve ? CurveToJson(*curve) : json();
+    case CVelmoObject::curve_object:
+        WriteCurveMembers(out, dynamic_cast<const CVelmoCurveObject*>(&object));
         break;
-    }
-    case CVelmoObject::hatch_object: {
-        const auto* hatchObject = dynamic_cast<const CVelmoHatch*>(&object);
-        if (const GK_Hatch* hatch = hatchObject ? hatchObject->Hatch() : nullptr)
-            HatchJson(*hatch, o);
-        else
-            o["pattern"] = o["loops"] = json();
+    case CVelmoObject::hatch_object:
+        WriteHatchMembers(out, dynamic_cast<const CVelmoHatch*>(&object));
         break;
-    }
     case CVelmoObject::text_object:
     case CVelmoObject::picture_object:
-        // The host has no document classes for these yet; their geometry is added here
+        // The host has no document classes for these yet; their members are added here
         // when it does.
         break;
     }
-    return o;
+    out.EndObject();
 }
 
-json MessageToJson(const VmMessage& message) {
-    json m = {{"kind", message.kind}};
+void WriteMessageJson(JsonWriter& out, const VmMessage& message) {
+    out.BeginObject();
+    out.Key("kind").String(message.kind);
     if (message.kind == "box")
-        m["title"] = VmUtf8FromWide(message.title);
-    m["text"] = VmUtf8FromWide(message.text);
+        out.Key("title").String(VmUtf8FromWide(message.title));
+    out.Key("text").String(VmUtf8FromWide(message.text));
     if (message.kind == "box")
-        m["flags"] = message.flags;
-    return m;
+        out.Key("flags").Integer(message.flags);
+    out.EndObject();
 }
 
-json DocumentToJson(const CVelmoDoc& doc, int result, const std::vector<VmMessage>& messages) {
-    const CVelmoLayerTable& layerTable = doc.LayerTable();
-    json layers = json::array();
-    for (int i = 0; i < layerTable.LayerCount(); ++i)
-        layers.push_back(LayerJson(layerTable, i));
-
-    const CVelmoLinetypeTable& linetypeTable = doc.LinetypeTable();
-    json linetypes = json::array();
-    for (int i = 0; i < linetypeTable.LinetypeCount(); ++i)
-        linetypes.push_back(LinetypeJson(linetypeTable[i], i));
-
-    const CVelmoHatchPatternTable& patternTable = doc.HatchPatternTable();
-    json patterns = json::array();
-    for (int i = 0; i < patternTable.HatchPatternCount(); ++i)
-        patterns.push_back(HatchPatternJson(patternTable[i], i));
-
-    json objects = json::array();
-    for (int i = 0; i < doc.ObjectCount(); ++i)
-        objects.push_back(ObjectToJson(doc.Object(i)));
-
-    json messageList = json::array();
-    for (const VmMessage& message : messages)
-        messageList.push_back(MessageToJson(message));
-
-    return {
-        {"result", result},
-        {"modelUnits", UnitName(doc.ModelUnits())},
-        {"pageUnits", UnitName(doc.PageUnits())},
-        {"absoluteTolerance", doc.AbsoluteTolerance()},
-        {"layers", std::move(layers)},
-        {"currentLayer", layerTable.CurrentLayerIndex()},
-        {"linetypes", std::move(linetypes)},
-        {"hatchPatterns", std::move(patterns)},
-        {"objects", std::move(objects)},
-        {"messages", std::move(messageList)},
-        {"views", ViewsJson(doc)},
-    };
+void WriteDocumentJson(JsonWriter& out, const CVelmoDoc& doc, int result,
+                       const std::vector<VmMessage>& messages) {
+    const CVelmoLayerTable& layers = doc.LayerTable();
+    const CVelmoLinetypeTable& linetypes = doc.LinetypeTable();
+    const CVelmoHatchPatternTable& patterns = doc.HatchPatternTable();
+    out.BeginObject();
+    out.Key("result").Integer(result);
+    out.Key("modelUnits").String(UnitName(doc.ModelUnits()));
+    out.Key("pageUnits").String(UnitName(doc.PageUnits()));
+    out.Key("absoluteTolerance").Number(doc.AbsoluteTolerance());
+    out.Key("layers");
+    WriteList(out, layers.LayerCount(), [&](int i) { WriteLayer(out, layers, i); });
+    out.Key("currentLayer").Integer(layers.CurrentLayerIndex());
+    out.Key("linetypes");
+    WriteList(out, linetypes.LinetypeCount(), [&](int i) { WriteLinetype(out, linetypes[i], i); });
+    out.Key("hatchPatterns");
+    WriteList(out, patterns.HatchPatternCount(),
+              [&](int i) { WriteHatchPattern(out, patterns[i], i); });
+    out.Key("objects");
+    WriteList(out, doc.ObjectCount(), [&](int i) { WriteObjectJson(out, doc.Object(i)); });
+    out.Key("messages");
+    WriteList(out, static_cast<int>(messages.size()),
+              [&](int i) { WriteMessageJson(out, messages[i]); });
+    out.Key("views");
+    WriteViews(out, doc);
+    out.EndObject();
 }

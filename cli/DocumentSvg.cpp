@@ -1,261 +1,23 @@
 #include "cli/DocumentSvg.h"
 
+#include "cli/SvgPathData.h"
 #include "host/base/GK_String.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <memory>
-#include <set>
-#include <utility>
+#include <string>
 #include <vector>
 
 namespace {
 
-std::string Number(double v) {
-    v += 0.0; // no "-0" in the output
-    char buf[64];
-    const auto r = std::to_chars(buf, buf + sizeof buf, v);
-    return std::string(buf, r.ptr);
-}
+// Text is handed to the stream in pieces of about this size.
+constexpr std::size_t kSpillSize = 1 << 16;
 
 std::string FixedNumber(double v) {
     char buf[64];
     const auto r = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::fixed, 2);
     return std::string(buf, r.ptr);
-}
-
-bool IsFinite(const GK_3dPoint& p) {
-    return std::isfinite(p.x) && std::isfinite(p.y);
-}
-
-// Builds one path's data. A point that is not finite breaks the line there rather than
-// spoiling the whole path, which a browser would then not draw at all.
-class PathData {
-public:
-    // A filled loop must stay one subpath even where its pieces meet only within the
-    // tolerance; a new subpath there would leave the region open.
-    explicit PathData(bool joinPieces = false) : m_join(joinPieces) {}
-
-    void StartAt(const GK_3dPoint& p) {
-        if (m_hasPen && p.x == m_pen.x && p.y == m_pen.y)
-            return;
-        if (!IsFinite(p)) {
-            m_hasPen = false;
-            return;
-        }
-        if (m_join && m_hasPen) {
-            LineTo(p);
-            return;
-        }
-        Command('M', {p});
-        m_start = p;
-        m_drawn = 0;
-    }
-    void LineTo(const GK_3dPoint& p) { Segment('L', {p}); }
-    void QuadTo(const GK_3dPoint& c, const GK_3dPoint& p) { Segment('Q', {c, p}); }
-    void CubicTo(const GK_3dPoint& c1, const GK_3dPoint& c2, const GK_3dPoint& p) {
-        Segment('C', {c1, c2, p});
-    }
-    // Closes the subpath when the pen is back at its start, so the corner there is joined.
-    void CloseIfClosed() {
-        if (m_hasPen && m_drawn > 1 && m_pen.x == m_start.x && m_pen.y == m_start.y) {
-            m_text += " Z";
-            m_hasPen = false;
-        }
-    }
-    // Closes the subpath wherever the pen is, and makes the next piece start a new one even
-    // when it begins where this one ended: the boundaries of a filled region stay apart.
-    void Close() {
-        if (m_hasPen && m_drawn > 0)
-            m_text += " Z";
-        m_hasPen = false;
-    }
-    const std::string& Text() const { return m_text; }
-
-private:
-    void Segment(char command, std::initializer_list<GK_3dPoint> points) {
-        for (const GK_3dPoint& p : points) {
-            if (!IsFinite(p)) {
-                m_hasPen = false;
-                return;
-            }
-        }
-        if (!m_hasPen) {
-            // Nothing to draw from: start where this piece ends.
-            StartAt(*(points.end() - 1));
-            return;
-        }
-        Command(command, points);
-        ++m_drawn;
-    }
-    void Command(char command, std::initializer_list<GK_3dPoint> points) {
-        if (!m_text.empty())
-            m_text += ' ';
-        m_text += command;
-        for (const GK_3dPoint& p : points)
-            m_text += ' ' + Number(p.x) + ' ' + Number(-p.y);
-        m_pen = *(points.end() - 1);
-        m_hasPen = true;
-    }
-
-    std::string m_text;
-    GK_3dPoint m_pen, m_start;
-    bool m_join = false;
-    bool m_hasPen = false;
-    int m_drawn = 0;
-};
-
-// Knots in groups of `degree` equal values, rising from group to group: every span is then
-// a Bezier curve whose control points are the NURBS control points themselves.
-bool HasBezierKnots(const GK_NurbsCurve& nurbs) {
-    const int degree = nurbs.Degree();
-    const int knots = nurbs.KnotCount();
-    if (degree < 1 || nurbs.CVCount() < nurbs.Order() || nurbs.m_knot.Count() < knots ||
-        knots % degree != 0 || (nurbs.CVCount() - 1) % degree != 0)
-        return false;
-    for (int i = 0; i < knots; ++i) {
-        const bool groupStart = i % degree == 0;
-        if (!std::isfinite(nurbs.Knot(i)))
-            return false;
-        if (!groupStart && nurbs.Knot(i) != nurbs.Knot(i - 1))
-            return false;
-        if (groupStart && i > 0 && !(nurbs.Knot(i) > nurbs.Knot(i - 1)))
-            return false;
-    }
-    return true;
-}
-
-void AppendBezierSpans(const GK_NurbsCurve& nurbs, PathData& path) {
-    const int degree = nurbs.Degree();
-    std::vector<GK_3dPoint> cv(nurbs.CVCount());
-    for (int i = 0; i < nurbs.CVCount(); ++i)
-        nurbs.GetCV(i, cv[i]);
-    path.StartAt(cv[0]);
-    for (int i = 0; i + degree < nurbs.CVCount(); i += degree) {
-        if (degree == 1)
-            path.LineTo(cv[i + 1]);
-        else if (degree == 2)
-            path.QuadTo(cv[i + 1], cv[i + 2]);
-        else
-            path.CubicTo(cv[i + 1], cv[i + 2], cv[i + 3]);
-    }
-}
-
-// Straight pieces between evaluated points. Every knot inside the domain is hit exactly,
-// so corners at knots stay sharp.
-void AppendSampled(const GK_Curve& curve, const GK_NurbsCurve* nurbs, PathData& path) {
-    const GK_Interval domain = curve.Domain();
-    std::vector<double> breaks{domain.t0};
-    if (nurbs) {
-        for (int i = 0; i < nurbs->KnotCount() && i < nurbs->m_knot.Count(); ++i) {
-            const double k = nurbs->Knot(i);
-            if (k > breaks.back() && k < domain.t1)
-                breaks.push_back(k);
-        }
-    }
-    breaks.push_back(domain.t1);
-
-    const int spans = static_cast<int>(breaks.size()) - 1;
-    const int degree = nurbs ? nurbs->Degree() : 3;
-    int perSpan = nurbs ? std::max(16, 8 * degree) : 64;
-    constexpr int kMaxPoints = 10000;
-    if (spans * perSpan > kMaxPoints)
-        perSpan = std::max(2, kMaxPoints / std::max(spans, 1));
-
-    path.StartAt(curve.PointAt(breaks.front()));
-    for (int s = 0; s < spans; ++s) {
-        for (int j = 1; j <= perSpan; ++j) {
-            const double t = j == perSpan ? breaks[s + 1]
-                                          : breaks[s] + (breaks[s + 1] - breaks[s]) * j / perSpan;
-            path.LineTo(curve.PointAt(t));
-        }
-    }
-}
-
-void AppendCurve(const GK_Curve& curve, PathData& path) {
-    if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve)) {
-        path.StartAt(line->m_line.from);
-        path.LineTo(line->m_line.to);
-    } else if (const auto* pline = dynamic_cast<const GK_PolylineCurve*>(&curve)) {
-        if (pline->PointCount() == 0)
-            return;
-        path.StartAt(pline->m_pline[0]);
-        for (int i = 1; i < pline->PointCount(); ++i)
-            path.LineTo(pline->m_pline[i]);
-    } else if (const auto* poly = dynamic_cast<const GK_PolyCurve*>(&curve)) {
-        for (int i = 0; i < poly->Count(); ++i)
-            if (const GK_Curve* segment = poly->SegmentCurve(i))
-                AppendCurve(*segment, path);
-    } else if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
-        if (!nurbs->IsRational() && nurbs->Degree() <= 3 && HasBezierKnots(*nurbs))
-            AppendBezierSpans(*nurbs, path);
-        else
-            AppendSampled(curve, nurbs, path);
-    } else {
-        AppendSampled(curve, nullptr, path);
-    }
-}
-
-// The boundary of a hatch: every loop a closed subpath of one path, so that with the even-odd
-// rule the holes stay open.
-std::string HatchPathData(const GK_Hatch& hatch) {
-    PathData path(/*joinPieces=*/true);
-    for (int i = 0; i < hatch.LoopCount(); ++i) {
-        const std::unique_ptr<GK_Curve> loop(hatch.LoopCurve3d(i));
-        if (!loop)
-            continue;
-        AppendCurve(*loop, path);
-        path.Close();
-    }
-    return path.Text();
-}
-
-// stroke-dasharray and stroke-dashoffset for a linetype, both in model units; empty for a
-// continuous line. SVG patterns alternate dash and gap and start with a dash, so runs of one
-// kind are added up, and a leading gap is moved to the end with an offset that keeps the
-// pattern where the linetype puts it.
-std::pair<std::vector<double>, double> DashPattern(const GK_Linetype& linetype) {
-    std::vector<double> runs; // dash and gap alternating
-    bool startsWithGap = false, lastIsGap = false;
-    for (int i = 0; i < linetype.SegmentCount(); ++i) {
-        const GK_LinetypeSegment& s = linetype.Segment(i);
-        const double length = std::abs(s.m_length);
-        if (!std::isfinite(length))
-            return {};
-        const bool gap = s.m_seg_type == GK_LinetypeSegment::stSpace;
-        if (runs.empty())
-            startsWithGap = gap;
-        if (!runs.empty() && gap == lastIsGap)
-            runs.back() += length;
-        else
-            runs.push_back(length);
-        lastIsGap = gap;
-    }
-    double offset = 0.0;
-    if (startsWithGap) {
-        if (runs.size() < 2)
-            return {}; // all gap: drawn as a plain line rather than not at all
-        offset = -runs.front();
-        if (lastIsGap)
-            runs.back() += runs.front();
-        else
-            runs.push_back(runs.front());
-        runs.erase(runs.begin());
-    }
-    // A pattern that ends with a dash joins it to the first one.
-    if (runs.size() % 2 == 1 && runs.size() > 1) {
-        runs.front() += runs.back();
-        offset += runs.back();
-        runs.pop_back();
-    }
-    double total = 0.0;
-    for (double v : runs)
-        total += v;
-    if (runs.size() < 2 || !(total > 0.0) || runs[1] == 0.0)
-        return {}; // no gap at all: continuous
-    offset = std::fmod(offset + total, total);
-    return {runs, offset};
 }
 
 std::string HexColor(const GK_Color& c) {
@@ -270,38 +32,20 @@ std::string HexColor(const GK_Color& c) {
 
 class SvgWriter {
 public:
-    explicit SvgWriter(const CVelmoDoc& doc) : m_doc(doc) {
+    SvgWriter(std::ostream& out, const CVelmoDoc& doc) : m_out(out), m_doc(doc) {
         const CVelmoLayerTable& layers = doc.LayerTable();
         const int count = layers.LayerCount();
-        m_children.resize(count);
-        m_objects.resize(count);
+        m_parent.assign(count, -1);
         for (int i = 0; i < count; ++i) {
             const GK_UUID& parent = layers[i].ParentId();
             const int p = parent.IsNil() ? -1 : layers.FindLayerFromId(parent);
-            if (p >= 0 && p != i)
-                m_children[p].push_back(i);
-            else
-                m_roots.push_back(i);
+            if (p != i)
+                m_parent[i] = p;
         }
-        for (int i = 0; i < doc.ObjectCount(); ++i) {
-            const int layer = doc.Object(i).Attributes().m_layer_index;
-            if (layer >= 0 && layer < count)
-                m_objects[layer].push_back(i);
-        }
-        // A layer whose parent chain loops back would be reachable from no root; such a
-        // table cannot be built through the host, but it must not lose layers silently.
-        std::set<int> reachable;
-        for (int root : m_roots)
-            Collect(root, reachable);
-        for (int i = 0; i < count; ++i) {
-            if (!reachable.count(i)) {
-                m_roots.push_back(i);
-                Collect(i, reachable);
-            }
-        }
+        m_buffer.reserve(kSpillSize + 4096);
     }
 
-    std::string Write() {
+    bool Write() {
         const GK_BoundingBox box = DrawingBox();
         double x0 = 0.0, y0 = 0.0, w = 100.0, h = 100.0;
         if (box.IsValid()) {
@@ -318,40 +62,75 @@ public:
         const double top = -(y0 + h);
         const double pixels = 800.0 / std::max(w, h);
 
-        m_out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-        m_out += "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" viewBox=\"" +
-                 Number(x0) + ' ' + Number(top) + ' ' + Number(w) + ' ' + Number(h) +
-                 "\" width=\"" + FixedNumber(w * pixels) + "\" height=\"" +
-                 FixedNumber(h * pixels) + "\">\n";
+        m_buffer += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+        m_buffer += "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" viewBox=\"";
+        AppendNumbers({x0, top, w, h});
+        m_buffer += "\" width=\"" + FixedNumber(w * pixels) + "\" height=\"" +
+                    FixedNumber(h * pixels) + "\">\n";
+        WriteLayerStyle();
         // Strokes of one and a half pixels at the picture's own size, in model units so
         // that every viewer draws them alike.
-        m_out += "<g fill=\"none\" stroke-width=\"" + Number(1.5 / pixels) +
-                 "\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n";
-        std::set<int> written;
-        for (int root : m_roots)
-            WriteLayer(root, 1, written);
-        m_out += "</g>\n</svg>\n";
-        return std::move(m_out);
+        m_buffer += "<g fill=\"none\" stroke-width=\"";
+        AppendNumber(1.5 / pixels, m_buffer);
+        m_buffer += "\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n";
+        for (int i = 0; i < m_doc.ObjectCount(); ++i) {
+            WriteObject(m_doc.Object(i));
+            if (m_buffer.size() >= kSpillSize)
+                Spill();
+        }
+        if (m_runLayer >= 0)
+            m_buffer += " </g>\n";
+        m_buffer += "</g>\n</svg>\n";
+        Spill();
+        m_out.flush();
+        return static_cast<bool>(m_out);
     }
 
 private:
-    void Collect(int layer, std::set<int>& seen) const {
-        if (!seen.insert(layer).second)
-            return;
-        for (int child : m_children[layer])
-            Collect(child, seen);
+    void Spill() {
+        m_out.write(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
+        m_buffer.clear();
+    }
+
+    void AppendNumbers(std::initializer_list<double> values) {
+        bool first = true;
+        for (double v : values) {
+            if (!first)
+                m_buffer += ' ';
+            first = false;
+            AppendNumber(v, m_buffer);
+        }
+    }
+
+    // The layer and the layers above it, outermost first. A parent chain that loops back (the
+    // host does not let one be built, but a table could hold one) ends where it repeats.
+    std::vector<int> Lineage(int layer) const {
+        std::vector<int> chain;
+        for (int at = layer; at >= 0 && std::find(chain.begin(), chain.end(), at) == chain.end();
+             at = m_parent[at])
+            chain.push_back(at);
+        std::reverse(chain.begin(), chain.end());
+        return chain;
     }
 
     // Shown when it and all its parents are visible, as in the modeller.
     bool IsShown(int layer) const {
-        const CVelmoLayerTable& layers = m_doc.LayerTable();
-        for (int guard = 0; layer >= 0 && guard <= layers.LayerCount(); ++guard) {
-            if (!layers[layer].IsVisible())
+        for (int at : Lineage(layer))
+            if (!m_doc.LayerTable()[at].IsVisible())
                 return false;
-            const GK_UUID& parent = layers[layer].ParentId();
-            layer = parent.IsNil() ? -1 : layers.FindLayerFromId(parent);
-        }
         return true;
+    }
+
+    // Hidden layers are hidden by their class, which the objects of their child layers carry
+    // too; showing a layer is taking its name out of this rule.
+    void WriteLayerStyle() {
+        const CVelmoLayerTable& layers = m_doc.LayerTable();
+        std::string rule;
+        for (int i = 0; i < layers.LayerCount(); ++i)
+            if (!layers[i].IsVisible())
+                rule += (rule.empty() ? ".layer-" : ",.layer-") + std::to_string(i);
+        if (!rule.empty())
+            m_buffer += "<style>" + rule + "{display:none}</style>\n";
     }
 
     // The geometry of the objects the picture draws: curves and hatches.
@@ -366,7 +145,11 @@ private:
     // The box of what is shown; of everything when nothing is, so that a drawing on
     // hidden layers still gets a box that fits it.
     GK_BoundingBox DrawingBox() const {
-        GK_BoundingBox shown, all;
+        const int layerCount = m_doc.LayerTable().LayerCount();
+        std::vector<char> shown(layerCount);
+        for (int i = 0; i < layerCount; ++i)
+            shown[i] = IsShown(i);
+        GK_BoundingBox shownBox, all;
         for (int i = 0; i < m_doc.ObjectCount(); ++i) {
             const CVelmoObject& object = m_doc.Object(i);
             const GK_Geometry* geometry = Drawn(object);
@@ -377,52 +160,64 @@ private:
                 continue;
             all.Union(box);
             const int layer = object.Attributes().m_layer_index;
-            if (layer >= 0 && layer < m_doc.LayerTable().LayerCount() && IsShown(layer))
-                shown.Union(box);
+            if (layer >= 0 && layer < layerCount && shown[layer])
+                shownBox.Union(box);
         }
-        return shown.IsValid() ? shown : all;
+        return shownBox.IsValid() ? shownBox : all;
     }
 
-    void WriteLayer(int index, int depth, std::set<int>& written) {
-        if (!written.insert(index).second)
+    // Consecutive objects of one layer share a group that names the layer.
+    void EnterLayer(int index) {
+        if (index == m_runLayer)
             return;
+        if (m_runLayer >= 0)
+            m_buffer += " </g>\n";
+        m_runLayer = index;
         const CVelmoLayerTable& layers = m_doc.LayerTable();
-        const GK_Layer& layer = layers[index];
-        const std::string indent(depth, ' ');
-        m_out += indent + "<g id=\"layer-" + std::to_string(index) + "\" data-name=\"" +
-                 XmlEscape(layer.Name().str()) + "\"";
-        if (!layer.IsVisible())
-            m_out += " display=\"none\"";
-        m_out += ">\n" + indent + " <title>" + XmlEscape(layers.FullPathName(index).str()) +
-                 "</title>\n";
-        for (int objectIndex : m_objects[index])
-            WriteObject(m_doc.Object(objectIndex), layer, indent + " ");
-        for (int child : m_children[index])
-            WriteLayer(child, depth + 1, written);
-        m_out += indent + "</g>\n";
+        m_buffer += " <g class=\"";
+        bool first = true;
+        for (int at : Lineage(index)) {
+            m_buffer += first ? "layer-" : " layer-";
+            m_buffer += std::to_string(at);
+            first = false;
+        }
+        m_buffer += "\" data-layer=\"" + std::to_string(index) + "\" data-name=\"" +
+                    XmlEscape(layers[index].Name().str()) + "\"><title>" +
+                    XmlEscape(layers.FullPathName(index).str()) + "</title>\n";
     }
 
-    void WriteObject(const CVelmoObject& object, const GK_Layer& layer, const std::string& indent) {
+    void WriteObject(const CVelmoObject& object) {
         const CVelmoObjectAttributes& a = object.Attributes();
+        const CVelmoLayerTable& layers = m_doc.LayerTable();
+        if (a.m_layer_index < 0 || a.m_layer_index >= layers.LayerCount())
+            return;
+        const GK_Layer& layer = layers[a.m_layer_index];
         const GK_Color color = a.m_color_source == GK_3dmObjectAttributes::color_from_object
                                    ? a.m_color
                                    : layer.Color();
+        m_path.clear();
         if (const auto* hatchObject = dynamic_cast<const CVelmoHatch*>(&object)) {
-            const std::string d = hatchObject->Hatch() ? HatchPathData(*hatchObject->Hatch()) : "";
-            if (!d.empty())
-                m_out += indent + "<path d=\"" + d + "\" fill=\"" + HexColor(color) +
-                         "\" fill-rule=\"evenodd\" stroke=\"none\"/>\n";
+            if (hatchObject->Hatch())
+                AppendHatchPathData(*hatchObject->Hatch(), m_path);
+            if (m_path.empty())
+                return;
+            EnterLayer(a.m_layer_index);
+            m_buffer += "  <path d=\"";
+            m_buffer += m_path;
+            m_buffer +=
+                "\" fill=\"" + HexColor(color) + "\" fill-rule=\"evenodd\" stroke=\"none\"/>\n";
             return;
         }
         const auto* curveObject = dynamic_cast<const CVelmoCurveObject*>(&object);
         if (!curveObject || !curveObject->Curve())
             return; // text and pictures are not drawn
-        PathData path;
-        AppendCurve(*curveObject->Curve(), path);
-        path.CloseIfClosed();
-        if (path.Text().empty())
+        AppendCurvePathData(*curveObject->Curve(), m_path);
+        if (m_path.empty())
             return;
-        m_out += indent + "<path d=\"" + path.Text() + "\" stroke=\"" + HexColor(color) + "\"";
+        EnterLayer(a.m_layer_index);
+        m_buffer += "  <path d=\"";
+        m_buffer += m_path;
+        m_buffer += "\" stroke=\"" + HexColor(color) + "\"";
         const int linetype = a.m_linetype_source == GK_3dmObjectAttributes::linetype_from_object
                                  ? a.m_linetype_index
                                  : layer.LinetypeIndex();
@@ -430,31 +225,35 @@ private:
         if (linetype >= 0 && linetype < linetypes.LinetypeCount()) {
             const auto [dashes, offset] = DashPattern(linetypes[linetype]);
             if (!dashes.empty()) {
-                m_out += " stroke-dasharray=\"";
-                for (std::size_t i = 0; i < dashes.size(); ++i)
-                    m_out += (i ? " " : "") + Number(dashes[i]);
-                m_out += '"';
-                if (offset != 0.0)
-                    m_out += " stroke-dashoffset=\"" + Number(offset) + '"';
+                m_buffer += " stroke-dasharray=\"";
+                for (std::size_t i = 0; i < dashes.size(); ++i) {
+                    if (i > 0)
+                        m_buffer += ' ';
+                    AppendNumber(dashes[i], m_buffer);
+                }
+                m_buffer += '"';
+                if (offset != 0.0) {
+                    m_buffer += " stroke-dashoffset=\"";
+                    AppendNumber(offset, m_buffer);
+                    m_buffer += '"';
+                }
             }
         }
-        m_out += "/>\n";
+        m_buffer += "/>\n";
     }
 
+    std::ostream& m_out; // borrowed
     const CVelmoDoc& m_doc;
-    std::vector<int> m_roots;
-    std::vector<std::vector<int>> m_children;
-    std::vector<std::vector<int>> m_objects;
-    std::string m_out;
+    std::vector<int> m_parent; // -1 for a top-level layer
+    int m_runLayer = -1;       // the layer of the group now open, -1 for none
+    std::string m_buffer;
+    std::string m_path; // the path data of one object, kept to reuse its memory
 };
 
 } // namespace
 
-std::string CurvePathData(const GK_Curve& curve) {
-    PathData path;
-    AppendCurve(curve, path);
-    path.CloseIfClosed();
-    return path.Text();
+bool WriteDocumentSvg(std::ostream& out, const CVelmoDoc& doc) {
+    return SvgWriter(out, doc).Write();
 }
 
 std::string XmlEscape(std::wstring_view text) {
@@ -486,8 +285,4 @@ std::string XmlEscape(std::wstring_view text) {
         out += VmUtf8FromWide(std::wstring(1, static_cast<wchar_t>(allowed ? c : U'\uFFFD')));
     }
     return out;
-}
-
-std::string DocumentToSvg(const CVelmoDoc& doc) {
-    return SvgWriter(doc).Write();
 }

@@ -2,7 +2,7 @@
 
 #include "cli/DocumentJson.h"
 #include "cli/DocumentSvg.h"
-#include "cli/JsonText.h"
+#include "cli/JsonWriter.h"
 #include "cli/ScriptedOptions.h"
 #include "cli/SettingsStore.h"
 #include "cli/UsageError.h"
@@ -15,6 +15,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <sstream>
 
@@ -27,25 +28,25 @@ std::string LowerAscii(std::string text) {
     return text;
 }
 
-// "-" is standard output. False, with the reason in `error`, when the text did not get out.
-bool WriteOutput(const std::string& target, const std::string& text, std::string& error) {
+// Hands the stream for `target` ("-" is standard output) to `write`, which writes the report
+// as it goes and says whether all of it got out. False, with the reason in `error`, when it
+// did not.
+bool WriteOutput(const std::string& target, const std::function<bool(std::ostream&)>& write,
+                 std::string& error) {
+    error.clear();
     if (target == "-") {
-        std::cout << text;
-        std::cout.flush();
-        if (!std::cout)
+        if (!write(std::cout))
             error = "cannot write to standard output";
-        return static_cast<bool>(std::cout);
+        return error.empty();
     }
     std::ofstream out(target, std::ios::binary | std::ios::trunc);
     if (!out) {
         error = "cannot open " + target + " for writing";
         return false;
     }
-    out << text;
-    out.flush();
-    if (!out)
+    if (!write(out))
         error = "cannot write " + target;
-    return static_cast<bool>(out);
+    return error.empty();
 }
 
 void CheckArguments(const ImportArguments& args) {
@@ -113,6 +114,10 @@ CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args) {
         ->type_name("FILE");
     cmd->add_option("--json", args.jsonOut, "Write the document as JSON ('-': standard output)")
         ->type_name("OUT");
+    cmd->add_option("--json-indent", args.jsonIndent,
+                    "Indent the JSON by N spaces a level, one key a line (default: compact)")
+        ->type_name("N")
+        ->check(CLI::Range(0, 32));
     cmd->add_option("--svg", args.svgOut, "Write the document as SVG ('-': standard output)")
         ->type_name("OUT");
     cmd->add_flag("--quiet", args.quiet, "Do not echo the importer's messages on standard error");
@@ -190,14 +195,17 @@ int RunImport(const ImportArguments& args) {
 
     bool written = true;
     std::string error;
-    if (!args.jsonOut.empty()) {
-        if (!WriteOutput(args.jsonOut,
-                         JsonText(DocumentToJson(doc, result, VmMessages().Messages())), error)) {
-            std::cerr << "tarquil: error: " << error << "\n";
-            written = false;
-        }
+    const auto writeJson = [&](std::ostream& out) {
+        JsonWriter writer(out, args.jsonIndent);
+        WriteDocumentJson(writer, doc, result, VmMessages().Messages());
+        return writer.Finish();
+    };
+    if (!args.jsonOut.empty() && !WriteOutput(args.jsonOut, writeJson, error)) {
+        std::cerr << "tarquil: error: " << error << "\n";
+        written = false;
     }
-    if (!args.svgOut.empty() && !WriteOutput(args.svgOut, DocumentToSvg(doc), error)) {
+    const auto writeSvg = [&](std::ostream& out) { return WriteDocumentSvg(out, doc); };
+    if (!args.svgOut.empty() && !WriteOutput(args.svgOut, writeSvg, error)) {
         std::cerr << "tarquil: error: " << error << "\n";
         written = false;
     }

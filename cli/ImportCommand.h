@@ -22,6 +22,7 @@ struct ImportArguments {
     std::optional<std::string> pages;
     std::string settings; // empty: the default store
     std::string jsonOut;
+    int jsonIndent = -1; // spaces per level; negative: compact
     std::string svgOut;
     std::string tempDir; // empty: the host's default temporary folder
 };

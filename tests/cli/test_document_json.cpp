@@ -1,14 +1,98 @@
 #include "cli/DocumentJson.h"
-#include "cli/JsonText.h"
+#include "cli/JsonWriter.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <random>
+#include <sstream>
 
 namespace {
 
 using json = nlohmann::json;
+
+// What `write` makes of a writer, as text: compact unless an indent is given.
+template <class Write> std::string JsonOf(Write&& write, int indent = -1) {
+    std::ostringstream text;
+    JsonWriter writer(text, indent);
+    write(writer);
+    EXPECT_TRUE(writer.Finish());
+    return text.str();
+}
+
+std::string DocumentText(const CVelmoDoc& doc, int result = 1,
+                         const std::vector<VmMessage>& messages = {}, int indent = -1) {
+    return JsonOf([&](JsonWriter& w) { WriteDocumentJson(w, doc, result, messages); }, indent);
+}
+
+TEST(JsonWriter, IndentedLayoutAndCompactFormMatchTheLibrary) {
+    const auto write = [](JsonWriter& w) {
+        w.BeginObject();
+        w.Key("plain").BeginArray().Integer(1).Number(2.5).Null().EndArray();
+        w.Key("nested").BeginArray();
+        w.BeginArray().Number(1).Number(-0.0).EndArray().BeginArray().EndArray();
+        w.EndArray();
+        w.Key("mixed").BeginArray().Bool(true).BeginObject().EndObject().EndArray();
+        w.Key("empty").BeginObject().EndObject();
+        w.Key("objects").BeginArray().BeginObject().Key("x").String("a\"\n\xff").EndObject();
+        w.EndArray();
+        w.EndObject();
+    };
+    // A list of plain values stays on one line; anything holding a structure goes one entry
+    // a line, including the plain values before the structure.
+    const std::string indented = JsonOf(write, 2);
+    EXPECT_EQ(indented, R"({
+  "plain": [1, 2.5, null],
+  "nested": [
+    [1.0, -0.0],
+    []
+  ],
+  "mixed": [
+    true,
+    {}
+  ],
+  "empty": {},
+  "objects": [
+    {
+      "x": "a\"\n)"
+                        "\xef\xbf\xbd"
+                        R"("
+    }
+  ]
+}
+)");
+    const std::string compact = JsonOf(write);
+    EXPECT_EQ(compact, nlohmann::ordered_json::parse(indented).dump() + "\n");
+    EXPECT_EQ(compact.find_first_of(" \n"), compact.size() - 1);
+
+    // Numbers are the library's own shortest round-trip form; what is not finite is null.
+    std::mt19937_64 random(7);
+    std::vector<double> values = {0.1 + 0.2,
+                                  1e21,
+                                  1e-7,
+                                  123456789012345680.0,
+                                  -0.0,
+                                  5e-324,
+                                  std::numeric_limits<double>::infinity(),
+                                  NAN};
+    for (int i = 0; i < 2000; ++i) {
+        const std::uint64_t bits = random();
+        double v;
+        std::memcpy(&v, &bits, sizeof v);
+        values.push_back(v);
+        values.push_back(std::ldexp(static_cast<double>(bits >> 11), -40));
+    }
+    const std::string numbers = JsonOf([&](JsonWriter& w) {
+        w.BeginArray();
+        for (double v : values)
+            w.Number(v);
+        w.EndArray();
+    });
+    EXPECT_EQ(numbers, json(values).dump() + "\n");
+}
 
 CVelmoCurveObject* CurveObject(GK_Curve* curve, const CVelmoObjectAttributes& attributes) {
     auto* object = new CVelmoCurveObject(attributes);
@@ -85,7 +169,7 @@ struct SampleDocument {
 TEST(DocumentJson, LayersLinetypesAndViews) {
     SampleDocument sample;
     // Through the text form, as a reader gets it.
-    const json j = json::parse(JsonText(DocumentToJson(sample.doc, 1, {})));
+    const json j = json::parse(DocumentText(sample.doc));
     EXPECT_EQ(j["result"], 1);
     EXPECT_EQ(j["modelUnits"], "inches");
     EXPECT_EQ(j["absoluteTolerance"], 0.001);
@@ -123,7 +207,7 @@ TEST(DocumentJson, LayersLinetypesAndViews) {
 
 TEST(DocumentJson, ObjectsAndCurves) {
     SampleDocument sample;
-    const std::string text = JsonText(DocumentToJson(sample.doc, 1, {}));
+    const std::string text = DocumentText(sample.doc, 1, {}, 2);
     const json objects = json::parse(text)["objects"];
     ASSERT_EQ(objects.size(), 3u);
 
@@ -154,7 +238,9 @@ TEST(DocumentJson, ObjectsAndCurves) {
     EXPECT_NE(text.find("\"knots\": [0.0, 0.0, 1.0, 1.0]"), std::string::npos) << text;
     // A point that could not be computed is null rather than a broken file.
     const GK_LineCurve broken({std::numeric_limits<double>::quiet_NaN(), 0, 0}, {1, 1, 1});
-    EXPECT_TRUE(json::parse(JsonText(CurveToJson(broken)))["points"][0][0].is_null());
+    EXPECT_TRUE(
+        json::parse(JsonOf([&](JsonWriter& w) { WriteCurveJson(w, broken); }))["points"][0][0]
+            .is_null());
 }
 
 GK_PolylineCurve* Square(double x0, double y0, double size) {
@@ -181,9 +267,10 @@ TEST(DocumentJson, HatchesWithTheirLoops) {
     // A hatch object without its hatch is refused by the document, but must not break
     // the writer either.
     const CVelmoHatch empty;
-    EXPECT_EQ(ObjectToJson(empty)["loops"], nullptr);
+    EXPECT_EQ(json::parse(JsonOf([&](JsonWriter& w) { WriteObjectJson(w, empty); }))["loops"],
+              nullptr);
 
-    const json j = json::parse(JsonText(DocumentToJson(doc, 1, {})));
+    const json j = json::parse(DocumentText(doc));
     EXPECT_EQ(j["hatchPatterns"],
               json::parse(R"([{"index": 0, "name": "Solid", "fill": "solid"}])"))
         << j["hatchPatterns"];
@@ -203,7 +290,7 @@ TEST(DocumentJson, MessagesInOrder) {
         {"print", L"", L"Imported 3 curves\n", 0},
         {"warning", L"", L"Options will be used without asking.", 0},
         {"prompt", L"", L"Choose AI option: ", 0}};
-    EXPECT_EQ(json::parse(JsonText(DocumentToJson(CVelmoDoc(), 0, messages)))["messages"],
+    EXPECT_EQ(json::parse(DocumentText(CVelmoDoc(), 0, messages))["messages"],
               json::parse(R"([{"kind": "box", "title": "PDF File Read Error",
                                "text": "Error opening \u00e9t\u00e9.pdf", "flags": 48},
                               {"kind": "print", "text": "Imported 3 curves\n"},

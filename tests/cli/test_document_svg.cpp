@@ -1,6 +1,7 @@
 #include "cli/DocumentJson.h"
 #include "cli/DocumentSvg.h"
-#include "cli/JsonText.h"
+#include "cli/JsonWriter.h"
+#include "cli/SvgPathData.h"
 
 #include "host/doc/CVelmoDoc.h"
 
@@ -9,6 +10,7 @@
 #include <cmath>
 #include <locale>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -58,13 +60,6 @@ std::vector<Element> ParseXml(const std::string& xml) {
     return elements;
 }
 
-const Element* LayerGroup(const std::vector<Element>& elements, const std::string& name) {
-    for (const Element& e : elements)
-        if (e.name == "g" && e.Attr("data-name") == name)
-            return &e;
-    return nullptr;
-}
-
 // The numbers of a path or a viewBox, in order.
 std::vector<double> Numbers(const std::string& text) {
     static const std::regex number(R"(-?[0-9][0-9.e+-]*)");
@@ -96,42 +91,90 @@ int AddLayer(CVelmoDoc& doc, const wchar_t* name, GK_Color color, const GK_UUID&
     return doc.LayerTable().AddLayer(layer);
 }
 
-TEST(DocumentSvg, LayersNestColoursAndTheFittedBox) {
-    CVelmoDoc doc;
-    const int outline = AddLayer(doc, L"Outline", GK_Color(0, 64, 200));
-    const int inner = AddLayer(doc, L"Inner", GK_Color(1, 2, 3), doc.LayerTable()[outline].Id());
-    const int hidden = AddLayer(doc, L"Hidden", GK_Color(9, 9, 9), {}, false);
-    const GK_Color red(255, 0, 0);
-    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 0, 0}, {10, 5, 0}), outline)));
-    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 0, 0}, {0, 5, 0}), inner, &red)));
-    // Far away, but hidden: it must not stretch the picture.
-    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({1000, 1000, 0}, {2000, 1000, 0}), hidden)));
+std::string Svg(const CVelmoDoc& doc) {
+    std::ostringstream out;
+    EXPECT_TRUE(WriteDocumentSvg(out, doc));
+    return out.str();
+}
 
-    const std::vector<Element> xml = ParseXml(DocumentToSvg(doc));
-    ASSERT_FALSE(xml.empty());
-    EXPECT_EQ(xml[0].name, "svg");
-    EXPECT_EQ(xml[0].Attr("xmlns"), "http://www.w3.org/2000/svg");
-    const Element* outer = LayerGroup(xml, "Outline");
-    const Element* child = LayerGroup(xml, "Inner");
-    const Element* off = LayerGroup(xml, "Hidden");
-    ASSERT_TRUE(outer && child && off && LayerGroup(xml, "Default"));
-    EXPECT_EQ(&xml[child->parent], outer);
-    EXPECT_EQ(off->Attr("display"), "none");
-    EXPECT_EQ(outer->Attr("display"), "<none>");
+GK_PolylineCurve* Rectangle(double x0, double y0, double x1, double y1) {
+    GK_SimpleArray<GK_3dPoint> points;
+    for (const GK_3dPoint& p : {GK_3dPoint(x0, y0, 0), GK_3dPoint(x1, y0, 0), GK_3dPoint(x1, y1, 0),
+                                GK_3dPoint(x0, y1, 0), GK_3dPoint(x0, y0, 0)})
+        points.Append(p);
+    return new GK_PolylineCurve(points);
+}
 
+std::vector<const Element*> Paths(const std::vector<Element>& xml) {
     std::vector<const Element*> paths;
     for (const Element& e : xml)
         if (e.name == "path")
             paths.push_back(&e);
-    ASSERT_EQ(paths.size(), 3u);
+    return paths;
+}
+
+TEST(DocumentSvg, ObjectsInDocumentOrderNamingTheirLayers) {
+    CVelmoDoc doc;
+    const int outline = AddLayer(doc, L"Outline", GK_Color(0, 64, 200));
+    const int inner = AddLayer(doc, L"Inner", GK_Color(1, 2, 3), doc.LayerTable()[outline].Id());
+    const int hidden = AddLayer(doc, L"Hidden", GK_Color(9, 9, 9), {}, false);
+    const int under = AddLayer(doc, L"Under", GK_Color(9, 9, 9), doc.LayerTable()[hidden].Id());
+    const GK_Color red(255, 0, 0), white(255, 255, 255);
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 0, 0}, {10, 5, 0}), outline)));
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 0, 0}, {0, 5, 0}), inner, &red)));
+    // A white fill covers what came before it on any layer, and nothing that comes after.
+    auto* fill = new GK_Hatch;
+    fill->AddLoop(new GK_HatchLoop(Rectangle(0, 0, 10, 5), GK_HatchLoop::ltOuter));
+    CVelmoObjectAttributes own;
+    own.m_layer_index = outline;
+    own.m_color = white;
+    own.SetColorSource(GK_3dmObjectAttributes::color_from_object);
+    auto* hatch = new CVelmoHatch(own);
+    hatch->SetHatch(fill);
+    ASSERT_TRUE(doc.AddObject(hatch));
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 5, 0}, {10, 0, 0}), outline)));
+    // Far away, but hidden, also through its parent: they must not stretch the picture.
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({1000, 1000, 0}, {2000, 1000, 0}), hidden)));
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({-900, 0, 0}, {-800, 0, 0}), under)));
+
+    const std::string text = Svg(doc);
+    const std::vector<Element> xml = ParseXml(text);
+    ASSERT_FALSE(xml.empty());
+    EXPECT_EQ(xml[0].name, "svg");
+    EXPECT_EQ(xml[0].Attr("xmlns"), "http://www.w3.org/2000/svg");
+    // Hidden layers are hidden by a rule on their class, which their children carry as well.
+    EXPECT_NE(text.find("<style>.layer-3{display:none}</style>"), std::string::npos) << text;
+
+    const std::vector<const Element*> paths = Paths(xml);
+    ASSERT_EQ(paths.size(), 6u);
     // y is negated; the colour is the layer's unless the object has its own.
     EXPECT_EQ(paths[0]->Attr("d"), "M 0 0 L 10 -5");
     EXPECT_EQ(paths[0]->Attr("stroke"), "#0040c8");
     EXPECT_EQ(paths[1]->Attr("d"), "M 0 0 L 0 -5");
     EXPECT_EQ(paths[1]->Attr("stroke"), "#ff0000");
-    EXPECT_EQ(&xml[paths[1]->parent], child);
+    EXPECT_EQ(paths[2]->Attr("fill"), "#ffffff");
+    EXPECT_EQ(paths[3]->Attr("d"), "M 0 -5 L 10 0");
+    // Consecutive objects of one layer share a group; each group names its layer, by index
+    // and by name, and lists the layers above it in its class.
+    std::vector<std::string> classes, names, titles;
+    for (const Element* path : paths) {
+        const Element& group = xml[path->parent];
+        EXPECT_EQ(group.name, "g");
+        if (classes.empty() || group.Attr("class") != classes.back()) {
+            classes.push_back(group.Attr("class"));
+            names.push_back(group.Attr("data-name"));
+            titles.push_back(xml[&group - xml.data() + 1].name);
+        }
+    }
+    EXPECT_EQ(classes, (std::vector<std::string>{"layer-1", "layer-1 layer-2", "layer-1", "layer-3",
+                                                 "layer-3 layer-4"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"Outline", "Inner", "Outline", "Hidden", "Under"}));
+    EXPECT_EQ(titles, std::vector<std::string>(5, "title"));
+    EXPECT_NE(text.find("<title>Outline::Inner</title>"), std::string::npos);
+    EXPECT_EQ(xml[paths[1]->parent].Attr("data-layer"), "2");
     // Strokes are one and a half pixels of the 800-pixel picture, in model units.
-    const std::vector<double> width = Numbers(xml[1].Attr("stroke-width"));
+    ASSERT_EQ(xml[1].name, "style");
+    const std::vector<double> width = Numbers(xml[2].Attr("stroke-width"));
     ASSERT_EQ(width.size(), 1u);
     EXPECT_NEAR(width[0], 1.5 * 10.6 / 800.0, 1e-9);
 
@@ -143,14 +186,15 @@ TEST(DocumentSvg, LayersNestColoursAndTheFittedBox) {
     EXPECT_EQ(box, (std::vector<double>{-margin, -5 - margin, 10 + 2 * margin, 5 + 2 * margin}));
 
     // An empty document gets a default box.
-    EXPECT_EQ(Numbers(ParseXml(DocumentToSvg(CVelmoDoc()))[0].Attr("viewBox")),
+    EXPECT_EQ(Numbers(ParseXml(Svg(CVelmoDoc()))[0].Attr("viewBox")),
               (std::vector<double>{0, -100, 100, 100}));
 }
 
 TEST(DocumentSvg, TextIsEscaped) {
     CVelmoDoc doc;
-    AddLayer(doc, L"A&B <\"x\"> 'y' \x01 \u00e9", GK_Color());
-    const std::string svg = DocumentToSvg(doc);
+    const int layer = AddLayer(doc, L"A&B <\"x\"> 'y' \x01 \u00e9", GK_Color());
+    ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 0, 0}, {1, 0, 0}), layer)));
+    const std::string svg = Svg(doc);
     ParseXml(svg);
     EXPECT_NE(svg.find("data-name=\"A&amp;B &lt;&quot;x&quot;&gt; &apos;y&apos; \xef\xbf\xbd "
                        "\xc3\xa9\""),
@@ -225,22 +269,6 @@ TEST(DocumentSvg, OtherSplinesAreSampledOnTheCurve) {
     EXPECT_EQ(std::vector<double>(s.end() - 2, s.end()), (std::vector<double>{4, -16}));
 }
 
-GK_PolylineCurve* Rectangle(double x0, double y0, double x1, double y1) {
-    GK_SimpleArray<GK_3dPoint> points;
-    for (const GK_3dPoint& p : {GK_3dPoint(x0, y0, 0), GK_3dPoint(x1, y0, 0), GK_3dPoint(x1, y1, 0),
-                                GK_3dPoint(x0, y1, 0), GK_3dPoint(x0, y0, 0)})
-        points.Append(p);
-    return new GK_PolylineCurve(points);
-}
-
-std::vector<const Element*> Paths(const std::vector<Element>& xml) {
-    std::vector<const Element*> paths;
-    for (const Element& e : xml)
-        if (e.name == "path")
-            paths.push_back(&e);
-    return paths;
-}
-
 TEST(DocumentSvg, HatchesAreFilledWithTheirHoles) {
     CVelmoDoc doc;
     const int walls = AddLayer(doc, L"Walls", GK_Color(90, 90, 90));
@@ -267,7 +295,7 @@ TEST(DocumentSvg, HatchesAreFilledWithTheirHoles) {
     second->SetHatch(triangle);
     ASSERT_TRUE(doc.AddObject(second));
 
-    const std::vector<Element> xml = ParseXml(DocumentToSvg(doc));
+    const std::vector<Element> xml = ParseXml(Svg(doc));
     const std::vector<const Element*> paths = Paths(xml);
     ASSERT_EQ(paths.size(), 3u);
     EXPECT_EQ(paths[0]->Attr("d"), "M 0 0 L 20 0 L 20 -10 L 0 -10 L 0 0 Z "
@@ -312,7 +340,7 @@ TEST(DocumentSvg, LinetypesWithSegmentsAreDashed) {
     // From the layer unless the object says otherwise.
     ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0, 1, 0}, {10, 1, 0}), hiddenLayer)));
 
-    const std::vector<Element> xml = ParseXml(DocumentToSvg(doc));
+    const std::vector<Element> xml = ParseXml(Svg(doc));
     const std::vector<const Element*> paths = Paths(xml);
     ASSERT_EQ(paths.size(), 5u);
     // A leading gap goes to the end; the offset keeps the first dash one unit in.
@@ -339,11 +367,14 @@ TEST(DocumentSvg, OutputIgnoresTheGlobalLocale) {
     ASSERT_TRUE(doc.AddObject(Curve(new GK_LineCurve({0.5, 1234.25, 0}, {2, 3, 0}), 0)));
     const std::locale previous =
         std::locale::global(std::locale(std::locale::classic(), new CommaDecimal));
-    const std::string svg = DocumentToSvg(doc);
-    const std::string json = JsonText(DocumentToJson(doc, 1, {}));
+    const std::string svg = Svg(doc);
+    std::ostringstream json;
+    JsonWriter writer(json, 2);
+    WriteDocumentJson(writer, doc, 1, {});
+    EXPECT_TRUE(writer.Finish());
     std::locale::global(previous);
     EXPECT_NE(svg.find("M 0.5 -1234.25 L 2 -3"), std::string::npos) << svg;
-    EXPECT_NE(json.find("[0.5, 1234.25, 0.0]"), std::string::npos) << json;
+    EXPECT_NE(json.str().find("[0.5, 1234.25, 0.0]"), std::string::npos) << json.str();
 }
 
 } // namespace

@@ -83,9 +83,9 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
     EXPECT_NE(r.out.find("import"), std::string::npos) << r.out;
     r = Run("import --help");
     EXPECT_EQ(r.status, 0);
-    for (const char* option :
-         {"--type", "--option", "--batch", "--fit-views", "--reference", "--no-questions",
-          "--interactive", "--answers", "--pages", "--settings", "--json", "--svg", "--quiet"})
+    for (const char* option : {"--type", "--option", "--batch", "--fit-views", "--reference",
+                               "--no-questions", "--interactive", "--answers", "--pages",
+                               "--settings", "--json", "--json-indent", "--svg", "--quiet"})
         EXPECT_NE(r.out.find(option), std::string::npos) << option;
     r = Run("--version");
     EXPECT_EQ(r.status, 0);
@@ -100,7 +100,8 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
              "import " + kLines + " --option AiUnits=mm", "import " + kLines + " --option NoValue",
              "import " + kLines + " --answers " + Path("missing.json"),
              "import " + kLines + " --answers " + notAList,
-             "import " + kLines + " --json - --svg -", "import " + kLines + " --no-such-option"}) {
+             "import " + kLines + " --json - --svg -", "import " + kLines + " --no-such-option",
+             "import " + kLines + " --json - --json-indent -1"}) {
         r = Run(bad);
         EXPECT_EQ(r.status, 2) << bad << "\n" << r.err;
         EXPECT_FALSE(r.err.empty()) << bad;
@@ -128,7 +129,11 @@ TEST_F(ProgramTest, MissingInputFailsWithAReport) {
 TEST_F(ProgramTest, ReportsOnStandardOutputAndModeFlags) {
     Result r = Run("import " + kLines + " --json -");
     EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out.find('\n'), r.out.size() - 1) << "compact unless asked";
     const json report = r.Json();
+    const Result indented = Run("import " + kLines + " --json - --json-indent 3");
+    EXPECT_EQ(indented.out.rfind("{\n   \"result\": 1,\n", 0), 0u) << indented.out;
+    EXPECT_EQ(json::parse(indented.out), report);
     ASSERT_EQ(report["objects"].size(), 3u) << r.out;
     EXPECT_EQ(report["result"], 1);
     EXPECT_EQ(report["objects"][1]["curve"]["type"], "nurbs");
