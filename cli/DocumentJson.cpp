@@ -184,6 +184,28 @@ void WriteHatchMembers(JsonWriter& out, const CVelmoHatch* object) {
     });
 }
 
+void WritePlane(JsonWriter& out, const GK_Plane& plane) {
+    out.BeginObject();
+    out.Key("origin");
+    WritePoint(out, plane.origin);
+    out.Key("xaxis");
+    WritePoint(out, GK_3dPoint(plane.xaxis.x, plane.xaxis.y, plane.xaxis.z));
+    out.Key("yaxis");
+    WritePoint(out, GK_3dPoint(plane.yaxis.x, plane.yaxis.y, plane.yaxis.z));
+    out.EndObject();
+}
+
+// The frame's plane, its size in model units and the image file it shows.
+void WritePictureMembers(JsonWriter& out, const CVelmoPictureFrameObject& object) {
+    const GK_PictureFrame& frame = object.Frame();
+    out.Key("plane");
+    WritePlane(out, frame.Plane());
+    out.Key("width").Number(frame.Width());
+    out.Key("height").Number(frame.Height());
+    out.Key("path");
+    WriteText(out, object.Path());
+}
+
 void WriteViews(JsonWriter& out, const CVelmoDoc& doc) {
     int fits = 0;
     for (const auto& view : doc.Views())
@@ -275,10 +297,12 @@ void WriteObjectJson(JsonWriter& out, const CVelmoObject& object) {
     case CVelmoObject::hatch_object:
         WriteHatchMembers(out, dynamic_cast<const CVelmoHatch*>(&object));
         break;
-    case CVelmoObject::text_object:
     case CVelmoObject::picture_object:
-        // The host has no document classes for these yet; their members are added here
-        // when it does.
+        WritePictureMembers(out, static_cast<const CVelmoPictureFrameObject&>(object));
+        break;
+    case CVelmoObject::text_object:
+        // The host has no document class for text yet; its members are added here when it
+        // does.
         break;
     }
     out.EndObject();

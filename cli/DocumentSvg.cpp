@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cwchar>
 #include <string>
 #include <vector>
 
@@ -63,7 +64,8 @@ public:
         const double pixels = 800.0 / std::max(w, h);
 
         m_buffer += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-        m_buffer += "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" viewBox=\"";
+        m_buffer += "<svg xmlns=\"http://www.w3.org/2000/svg\" "
+                    "xmlns:xlink=\"http://www.w3.org/1999/xlink\" version=\"1.1\" viewBox=\"";
         AppendNumbers({x0, top, w, h});
         m_buffer += "\" width=\"" + FixedNumber(w * pixels) + "\" height=\"" +
                     FixedNumber(h * pixels) + "\">\n";
@@ -133,13 +135,46 @@ private:
             m_buffer += "<style>" + rule + "{display:none}</style>\n";
     }
 
-    // The geometry of the objects the picture draws: curves and hatches.
+    // The geometry of the objects the picture draws: curves, hatches and picture frames.
     static const GK_Geometry* Drawn(const CVelmoObject& object) {
         if (const auto* curve = dynamic_cast<const CVelmoCurveObject*>(&object))
             return curve->Curve();
         if (const auto* hatch = dynamic_cast<const CVelmoHatch*>(&object))
             return hatch->Hatch();
+        if (const auto* frame = dynamic_cast<const CVelmoPictureFrameObject*>(&object))
+            return &frame->Frame();
         return nullptr;
+    }
+
+    // The image file on the frame's parallelogram: the image's top row along the frame's
+    // far edge, so a skewed or mirrored frame shows the picture skewed or mirrored.
+    void WritePicture(const CVelmoPictureFrameObject& object) {
+        const GK_PictureFrame& frame = object.Frame();
+        if (!frame.IsValid())
+            return;
+        const GK_Plane& plane = frame.Plane();
+        const GK_3dVector x = plane.xaxis * frame.Width();
+        const GK_3dVector y = plane.yaxis * frame.Height();
+        EnterLayer(object.Attributes().m_layer_index);
+        m_buffer += "  <image x=\"0\" y=\"0\" width=\"1\" height=\"1\" "
+                    "preserveAspectRatio=\"none\" transform=\"matrix(";
+        AppendNumbers({x.x, -x.y, -y.x, y.y, plane.origin.x + y.x, -(plane.origin.y + y.y)});
+        m_buffer += ")\" xlink:href=\"" + XmlEscape(UriPath(object.Path().str())) + "\"/>\n";
+    }
+
+    // A file path as a URI reference: characters that URIs do not allow are escaped.
+    static std::wstring UriPath(const std::wstring& path) {
+        std::wstring uri;
+        for (wchar_t c : path) {
+            if (c == L' ' || c == L'%' || c == L'#' || c == L'?' || c == L'"' || c < 0x20) {
+                wchar_t escaped[4];
+                std::swprintf(escaped, 4, L"%%%02X", static_cast<unsigned>(c) & 0xff);
+                uri += escaped;
+            } else {
+                uri += c;
+            }
+        }
+        return uri;
     }
 
     // The box of what is shown; of everything when nothing is, so that a drawing on
@@ -208,9 +243,13 @@ private:
                 "\" fill=\"" + HexColor(color) + "\" fill-rule=\"evenodd\" stroke=\"none\"/>\n";
             return;
         }
+        if (const auto* picture = dynamic_cast<const CVelmoPictureFrameObject*>(&object)) {
+            WritePicture(*picture);
+            return;
+        }
         const auto* curveObject = dynamic_cast<const CVelmoCurveObject*>(&object);
         if (!curveObject || !curveObject->Curve())
-            return; // text and pictures are not drawn
+            return; // text is not drawn
         AppendCurvePathData(*curveObject->Curve(), m_path);
         if (m_path.empty())
             return;

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <locale>
 #include <regex>
@@ -188,6 +189,26 @@ TEST(DocumentSvg, ObjectsInDocumentOrderNamingTheirLayers) {
     // An empty document gets a default box.
     EXPECT_EQ(Numbers(ParseXml(Svg(CVelmoDoc()))[0].Attr("viewBox")),
               (std::vector<double>{0, -100, 100, 100}));
+}
+
+// A picture frame shows its file on the frame's parallelogram, the image's top row along the
+// far edge; the path is a URI reference.
+TEST(DocumentSvg, PicturesShowTheirFileOnTheFrame) {
+    CVelmoDoc doc;
+    const GK_Plane skewed({10, 20, 0}, {1, 0, 0}, {0.6, 0.8, 0});
+    ASSERT_TRUE(doc.AddObject(
+        new CVelmoPictureFrameObject(GK_PictureFrame(skewed, 4, 5), L"/tmp/a b/PDF1_000.png")));
+    const std::vector<Element> xml = ParseXml(Svg(doc));
+    const auto image =
+        std::find_if(xml.begin(), xml.end(), [](const Element& e) { return e.name == "image"; });
+    ASSERT_NE(image, xml.end());
+    EXPECT_EQ(image->Attr("xlink:href"), "/tmp/a%20b/PDF1_000.png");
+    // (0, 0) of the image is the frame's top-left corner, (0, 1) its origin.
+    EXPECT_EQ(Numbers(image->Attr("transform").substr(7)),
+              (std::vector<double>{4, 0, -3, 4, 13, -24}));
+    const std::vector<double> box = Numbers(xml[0].Attr("viewBox"));
+    EXPECT_LT(box[0], 10.0);
+    EXPECT_GT(box[0] + box[2], 17.0);
 }
 
 TEST(DocumentSvg, TextIsEscaped) {

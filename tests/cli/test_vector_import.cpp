@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -115,6 +116,49 @@ TEST(VectorImport, ColourSpacesColourTheDrawing) {
     EXPECT_NE(failed["messages"][0]["text"].get<std::string>().find("data has been corrupted"),
               std::string::npos)
         << failed["messages"];
+}
+
+// Forms are drawn in place, images arrive as picture frames over files in the temporary
+// folder: the importer's own PNG, and JPEG data as they came.
+TEST(VectorImport, FormsAndImages) {
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / "tarquil-forms-images";
+    std::filesystem::remove_all(folder);
+    const json document = Import("forms-images.pdf.in", "--temp-dir '" + folder.string() + "'");
+    const json& objects = document["objects"];
+    ASSERT_EQ(objects.size(), 4u) << objects.dump(1);
+    const auto near = [](const json& points, std::vector<double> expected) {
+        std::vector<double> flat;
+        for (const json& point : points)
+            for (const json& v : point)
+                flat.push_back(v.get<double>());
+        ASSERT_EQ(flat.size(), expected.size());
+        for (std::size_t i = 0; i < flat.size(); ++i)
+            EXPECT_NEAR(flat[i], expected[i], 1e-9) << points;
+    };
+    near(objects[0]["curve"]["points"], {20, 20, 0, 40, 40, 0});
+    near(objects[1]["curve"]["points"], {60, 20, 0, 80, 40, 0});
+    EXPECT_EQ(objects[1]["color"], json({0, 0, 255}));
+
+    const json& scan = objects[2];
+    EXPECT_EQ(scan["kind"], "picture");
+    near(json::array({scan["plane"]["origin"]}), {100, 50, 0});
+    EXPECT_EQ(scan["plane"]["xaxis"], json({1.0, 0.0, 0.0}));
+    EXPECT_NEAR(scan["width"].get<double>(), 40.0, 1e-9);
+    EXPECT_NEAR(scan["height"].get<double>(), 20.0, 1e-9);
+    const std::filesystem::path png = scan["path"].get<std::string>();
+    EXPECT_EQ(png.parent_path(), folder);
+    EXPECT_EQ(tarquil::test::ReadFileBytes(png).substr(1, 3), "PNG");
+
+    // Turned a quarter: the frame's x axis runs up the page.
+    const json& photo = objects[3];
+    near(json::array({photo["plane"]["origin"]}), {180, 10, 0});
+    EXPECT_EQ(photo["plane"]["xaxis"], json({0.0, 1.0, 0.0}));
+    EXPECT_EQ(photo["plane"]["yaxis"], json({-1.0, 0.0, 0.0}));
+    const std::filesystem::path jpeg = photo["path"].get<std::string>();
+    EXPECT_EQ(jpeg.extension(), ".jpg");
+    EXPECT_EQ(tarquil::test::ReadFileBytes(jpeg), "not really a JPEG, but written as it came");
+    std::filesystem::remove_all(folder);
 }
 
 } // namespace
