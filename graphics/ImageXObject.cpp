@@ -175,6 +175,9 @@ void PDFGraphics::DrawImageXObject(PDFStream* stream, PDFToken* keptResources) {
         readFailure = kPdfDataCorrupted;
         return;
     }
+    // Every image of the file waits in memory for the image pass: what the decoder grew
+    // ahead of need would double that.
+    image->data.shrink_to_fit();
     state->DrawImage(image.release());
     swappedResources = keptResources;
 }
