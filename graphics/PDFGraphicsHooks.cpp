@@ -26,5 +26,3 @@ void PDFGraphics::ApplyColour(std::uint8_t which) {
                          1.0 - (y * (1.0 - k) + k));
     }
 }
-
-void PDFGraphics::LoadFont(const std::string& /*name*/) {}
