@@ -22,12 +22,13 @@ public:
     static std::uint32_t CodeFromHex(const std::string& bytes);
 
     // Range sections may write this many entries in all, once per code, plus this many for
-    // each byte of the CMap. The floor covers several full two-byte ranges, which tiny CMaps
-    // name in a dozen bytes (an identity bfrange, a codespace <0000> <FFFF>); the part per
-    // byte is above what a conforming CMap can need, whose ranges span at most 256 codes in
-    // at least 12 bytes each. A hostile one (<00000000> <FFFFFFFF>, or thousands of full
-    // ranges) costs time and memory in proportion to its size, and its last ranges are cut.
-    static constexpr std::size_t kRangeWriteFloor = std::size_t(1) << 20;
+    // each byte of the CMap. The floor covers four full two-byte ranges, which a CMap can
+    // name in a dozen bytes each (an identity bfrange, a codespace <0000> <FFFF>); the part
+    // per byte is above what a conforming CMap can need, whose ranges span at most 256 codes
+    // in at least 12 bytes each. A hostile one (<00000000> <FFFFFFFF>, or thousands of full
+    // ranges) so costs time and memory in proportion to its size, and its last ranges are
+    // cut short.
+    static constexpr std::size_t kRangeWriteFloor = std::size_t(1) << 18;
     static constexpr std::size_t kRangeWritesPerByte = 32;
 
     CodeMap codeMap;
