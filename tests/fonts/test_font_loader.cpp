@@ -13,6 +13,7 @@ namespace {
 using tarquil::test::Opened;
 using tarquil::test::OpenWritten;
 using tarquil::test::PdfWriter;
+using Widths = std::map<std::int32_t, double>;
 
 // Object 2 is the Font resource dictionary the fonts are loaded from.
 class FontFile {
@@ -51,10 +52,8 @@ TEST(FontLoader, SimpleFonts) {
     // kept; a zero cap height takes the ascent.
     FontRecord f1 = file.Load("F1", 9);
     EXPECT_EQ(f1.fontFamily, "Helvetica");
-    EXPECT_EQ(f1.widths.at(65), 500);
-    EXPECT_EQ(f1.widths.at(66), 0);
-    EXPECT_EQ(f1.widths.at(67), 700);
-    EXPECT_EQ(f1.widths.at(32), 278);
+    EXPECT_EQ(Widths(f1.widths.find(64), f1.widths.find(68)),
+              (Widths{{64, 1015}, {65, 500}, {66, 0}, {67, 700}}));
     EXPECT_EQ(f1.averageWidth, 600);
     EXPECT_EQ(f1.largestWidth, 1015);
     EXPECT_TRUE(f1.fontItalic);
@@ -62,7 +61,6 @@ TEST(FontLoader, SimpleFonts) {
     EXPECT_DOUBLE_EQ(f1.fontDescent, -0.212);
     EXPECT_DOUBLE_EQ(f1.fontBoxHeight, 1.1);
     EXPECT_EQ(f1.missingWidth, 250);
-    EXPECT_EQ(f1.fontRegistryOrdering, "unknown");
     EXPECT_FALSE(f1.encoding || f1.toUnicode);
 
     // Without /CapHeight the ascent is never read; a box of three items is no box.
@@ -76,21 +74,17 @@ TEST(FontLoader, SimpleFonts) {
 
     // A subset prefix is no standard font; without /FirstChar the keys start at -1.
     const FontRecord f3 = file.Load("F3");
-    EXPECT_EQ(f3.widths, (std::map<std::int32_t, double>{{-1, 300}, {0, 400}}));
+    EXPECT_EQ(f3.widths, (Widths{{-1, 300}, {0, 400}}));
     EXPECT_EQ(f3.fontHeightScale, 1.0);
     EXPECT_EQ(f3.largestWidth, 400);
 
     // Keys counted past the 32-bit range wrap around.
-    EXPECT_EQ(file.Load("F4").widths, (std::map<std::int32_t, double>{{INT_MIN, 2}, {INT_MAX, 1}}));
+    EXPECT_EQ(file.Load("F4").widths, (Widths{{INT_MIN, 2}, {INT_MAX, 1}}));
 
     // A second load starts over; a name that is no dictionary leaves the start values.
     LoadFont(&file.opened->doc, file.fonts, "F5", f1);
-    EXPECT_TRUE(f1.widths.empty());
-    EXPECT_EQ(f1.fontFamily, "");
-    EXPECT_FALSE(f1.fontItalic);
+    EXPECT_TRUE(f1.widths.empty() && f1.fontFamily.empty() && !f1.fontItalic);
     EXPECT_EQ(f1.missingWidth, 250);
-    LoadFont(&file.opened->doc, nullptr, "F1", f1);
-    EXPECT_TRUE(f1.widths.empty());
 }
 
 TEST(FontLoader, CompositeFonts) {
@@ -110,7 +104,7 @@ TEST(FontLoader, CompositeFonts) {
 
     // A range of /W gives one width, to its first code; a malformed entry ends the array.
     const FontRecord f1 = file.Load("F1");
-    EXPECT_EQ(f1.widths, (std::map<std::int32_t, double>{{10, 500}, {30, 100}, {31, 200}}));
+    EXPECT_EQ(f1.widths, (Widths{{10, 500}, {30, 100}, {31, 200}}));
     EXPECT_EQ(f1.missingWidth, 1000); // /DW; the descendant's descriptor has no /MissingWidth
     EXPECT_EQ(f1.largestWidth, 500);
     EXPECT_EQ(f1.fontRegistryOrdering, "Adobe-Identity");
@@ -124,12 +118,11 @@ TEST(FontLoader, CompositeFonts) {
     const FontRecord f2 = file.Load("F2");
     ASSERT_TRUE(f2.toUnicode);
     EXPECT_EQ(f2.toUnicode->size(), 65535u);
-    EXPECT_EQ(f2.toUnicode->count(0), 0u);
-    EXPECT_EQ(f2.widths, (std::map<std::int32_t, double>{{1, 600}}));
+    EXPECT_EQ(f2.toUnicode->begin()->first, 1u);
+    EXPECT_EQ(f2.widths, (Widths{{1, 600}}));
 
     const FontRecord f3 = file.Load("F3");
     ASSERT_TRUE(f3.encoding);
-    EXPECT_EQ(f3.encoding->at(3), 32);
     EXPECT_EQ(f3.encoding->at(98), 0);
 }
 
@@ -144,8 +137,7 @@ TEST(FontLoader, EncodingDictionaries) {
 
     const FontRecord f1 = file.Load("F1");
     ASSERT_TRUE(f1.encoding);
-    EXPECT_EQ(f1.encoding->size(), 65536u); // starts from Identity-H
-    EXPECT_EQ(f1.encoding->at(1), 30);
+    EXPECT_EQ(f1.encoding->at(1), 30); // from Identity-H
     EXPECT_EQ(f1.encoding->at(65), 0);
     EXPECT_EQ(f1.encoding->at(66), 8722);
     EXPECT_EQ(f1.encoding->at(254), 'a');
@@ -171,7 +163,7 @@ TEST(FontLoader, HostileFonts) {
     FontFile file(writer);
 
     const FontRecord f1 = file.Load("F1");
-    EXPECT_EQ(f1.widths, (std::map<std::int32_t, double>{{0, 1}, {1, 2}, {2, 3}}));
+    EXPECT_EQ(f1.widths, (Widths{{0, 1}, {1, 2}, {2, 3}}));
     EXPECT_TRUE(f1.fontItalic);
     ASSERT_TRUE(f1.encoding);
     EXPECT_EQ(f1.encoding->size(), 65536u);

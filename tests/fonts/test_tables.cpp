@@ -30,15 +30,12 @@ TEST(FontTables, EncodingsByName) {
 
     const EncodingMap win = EncodingByName("WinAnsiEncoding");
     ASSERT_EQ(win.size(), 256u);
-    EXPECT_EQ(win.at(65), 65);
     EXPECT_EQ(win.at(128), 8364);
     EXPECT_EQ(win.at(129), 0);
-    EXPECT_EQ(win.at(0x9F), 0x178);
     EXPECT_EQ(win.at(233), 233);
 
     const EncodingMap mac = EncodingByName("MacRomanEncoding");
     ASSERT_EQ(mac.size(), 256u);
-    EXPECT_EQ(mac.at(0x41), 0x41);
     EXPECT_EQ(mac.at(0x80), 0xC4);
     EXPECT_EQ(mac.at(0xCA), 0xA0);
     EXPECT_EQ(mac.at(0xDB), 0x20AC);
@@ -54,11 +51,9 @@ TEST(FontTables, EncodingsByName) {
     const EncodingMap autocad = AutocadIdentityEncoding();
     ASSERT_EQ(autocad.size(), 65536u);
     EXPECT_EQ(autocad.at(2), 0);
-    EXPECT_EQ(autocad.at(3), 32);
     EXPECT_EQ(autocad.at(97), 126);
     EXPECT_EQ(autocad.at(98), 0);
     EXPECT_EQ(autocad.at(145), 8709);
-    EXPECT_EQ(autocad.at(298), 380);
 }
 
 TEST(FontTables, StandardMetrics) {
@@ -81,12 +76,6 @@ TEST(FontTables, StandardMetrics) {
     EXPECT_EQ(FindStandardFont("Helvetica")->pairCount, 315);
     EXPECT_EQ(helvetica.widths.size(), 315u - 34u);
 
-    FontRecord times;
-    ApplyStandardMetrics("Times-Roman", times);
-    EXPECT_EQ(times.widths.at(65), 722);
-    EXPECT_EQ(times.widths.at(97), 444);
-    EXPECT_DOUBLE_EQ(times.fontHeightScale, 0.662);
-
     FontRecord symbol;
     ApplyStandardMetrics("Symbol", symbol);
     EXPECT_EQ(symbol.fontHeightScale, 1.0);
@@ -101,7 +90,6 @@ TEST(FontTables, StandardMetrics) {
         EXPECT_TRUE(none.widths.empty()) << other;
         EXPECT_EQ(none.fontHeightScale, 1.0) << other;
     }
-    EXPECT_EQ(FindStandardFont("ZapfDingbats")->pairCount, 202);
     EXPECT_EQ(FindStandardFont("Times-BoldItalic")->capHeight, 669);
 }
 

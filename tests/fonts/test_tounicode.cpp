@@ -18,14 +18,6 @@ Parsed Parse(const std::string& cmap) {
     return {status, parser.codeMap};
 }
 
-TEST(ToUnicode, CodesFromStrings) {
-    EXPECT_EQ(ToUnicodeParser::CodeFromHex("A"), 0x41u);
-    EXPECT_EQ(ToUnicodeParser::CodeFromHex(std::string("\x00\x41", 2)), 0x41u);
-    EXPECT_EQ(ToUnicodeParser::CodeFromHex(std::string("\xD8\x3D\xDE\x00", 4)), 0xD83DDE00u);
-    EXPECT_EQ(ToUnicodeParser::CodeFromHex(""), 0u);
-    EXPECT_EQ(ToUnicodeParser::CodeFromHex("ABCDE"), 0u);
-}
-
 TEST(ToUnicode, ProgramWithEverySection) {
     const Parsed p = Parse("/CIDInit /ProcSet findresource begin 12 dict begin begincmap\n"
                            "/CMapName /Test def\n"
