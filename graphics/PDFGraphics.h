@@ -2,7 +2,7 @@
 // The content-stream interpreter: the parser hands every bare word to ExecuteWord, which is
 // the whole operator switch. Operators run to completion there and drive the graphics state.
 // Nothing is validated: a missing operand reads as zero and an unknown word is skipped.
-#include "graphics/EncodingMap.h"
+#include "fonts/EncodingMap.h"
 #include "graphics/PDFGraphicsState.h"
 #include "pdf/parser/PDFParser.h"
 

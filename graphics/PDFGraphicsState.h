@@ -6,7 +6,7 @@
 //
 // Only what is listed here is kept: no transparency, soft masks, overprint, ExtGState
 // contents, text clipping, render modes, rise or horizontal scaling take effect.
-#include "graphics/EncodingMap.h"
+#include "fonts/EncodingMap.h"
 #include "graphics/PDFMatrix.h"
 #include "graphics/PathElement.h"
 

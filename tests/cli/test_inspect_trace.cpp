@@ -83,7 +83,8 @@ TEST(InspectTrace, TextShowsCallsPathAndTextRun) {
     EXPECT_EQ(LineOf(lines, "SetFont"), "SetFont (F1) 12 0 0");
     EXPECT_EQ(LineOf(lines, "FlushTextRun"),
               "FlushTextRun 0 pendingText=\"Hi\" textMatrix=[1 0 0 1 0 0] "
-              "currentMatrix=[1 0 0 1 10 20] fontSize=12 fontHeightScale=1 fontFamily=()");
+              "currentMatrix=[1 0 0 1 10 20] fontSize=12 fontHeightScale=0.718 "
+              "fontFamily=(Helvetica)");
     // The base still ran: Stroke emptied the path.
     EXPECT_TRUE(trace.pathElements.empty());
 }
