@@ -3,6 +3,7 @@
 #include "cli/DocumentJson.h"
 #include "cli/DocumentSvg.h"
 #include "cli/JsonWriter.h"
+#include "cli/MemoryLimit.h"
 #include "cli/ScriptedOptions.h"
 #include "cli/SettingsStore.h"
 #include "cli/UsageError.h"
@@ -47,6 +48,16 @@ bool WriteOutput(const std::string& target, const std::function<bool(std::ostrea
     if (!write(out))
         error = "cannot write " + target;
     return error.empty();
+}
+
+std::size_t MemoryLimitFor(const ImportArguments& args) {
+    if (args.maxMemory.empty())
+        return DefaultMemoryLimit();
+    const std::optional<std::size_t> limit = ParseMemorySize(args.maxMemory);
+    if (!limit)
+        throw UsageError("--max-memory: " + args.maxMemory +
+                         " is no size (give bytes, or a number with K, M or G)");
+    return *limit;
 }
 
 void CheckArguments(const ImportArguments& args) {
@@ -125,6 +136,11 @@ CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args) {
                     "Folder for the image files that picture frames refer to (default: a "
                     "'tarquil' folder under $TMPDIR or /tmp); created when missing")
         ->type_name("DIR");
+    cmd->add_option("--max-memory", args.maxMemory,
+                    "The most memory the import may take, such as 512M or 2G ('none': no "
+                    "bound; default: half of this machine's memory). Past it the import "
+                    "ends with its out-of-memory message")
+        ->type_name("SIZE");
     cmd->footer("Keys with a fixed type: PreserveModelScale, ImportFillsAsHatches, LoadText "
                 "(bool); PdfUnits, AiUnits, EpsUnits (int); VelmoScale, PDFScale, AiScale, "
                 "EpsScale (double). Other values are typed by their form.\n"
@@ -165,6 +181,7 @@ int RunImport(const ImportArguments& args) {
     // Everything the user could have got wrong is checked before anything is read or
     // written, so a usage error leaves no trace.
     CheckArguments(args);
+    const std::size_t memoryLimitBytes = MemoryLimitFor(args);
     const int formatIndex = FormatIndexFor(args.type, args.input);
     const CVelmoFileReadOptions options = MakeReadOptions(args);
     const nlohmann::json answers =
@@ -188,7 +205,11 @@ int RunImport(const ImportArguments& args) {
     settings.Load(plugIn, std::cerr);
 
     const std::wstring path = VmWideFromBytes(args.input);
-    const int result = VelmoReadFile(plugIn, path.c_str(), formatIndex, doc, options);
+    int result = 0;
+    {
+        const MemoryLimitScope memoryLimit(memoryLimitBytes);
+        result = VelmoReadFile(plugIn, path.c_str(), formatIndex, doc, options);
+    }
 
     settings.Save(plugIn, std::cerr);
     plugIn.OnUnloadPlugIn();

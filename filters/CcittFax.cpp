@@ -2,6 +2,7 @@
 #include "filters/CcittFax.h"
 
 #include "filters/CcittFaxTables.h"
+#include "filters/DecodeLimit.h"
 #include "pdf/token/PDFTokens.h"
 
 #include <algorithm>
@@ -16,6 +17,8 @@ namespace {
 // multiplies the output a few bits of data can ask for; 65536 pixels is far beyond any fax
 // or scanned page, yet bounds a line at 8 KiB and the line state at 512 KiB.
 constexpr int kMaxColumns = 65536;
+// The decoders' own code for output that went beyond what one stream may decode to.
+constexpr int kFaxLimitExceeded = -100;
 
 // Outcome of reading a run: its codes, or what stopped them.
 enum class RunEnd { kComplete, kEol, kInvalid, kCutOff };
@@ -108,6 +111,7 @@ public:
     }
 
     int Decode(const std::string& input);
+    bool Exceeded() const { return m_exceeded; }
 
 private:
     // Fills up to `run` pixels of the coding line, never past its end.
@@ -126,6 +130,10 @@ private:
 
     // Packs the coding line onto the output and makes it the reference line.
     void FlushLine() {
+        if (m_out.size() > m_limit) {
+            m_exceeded = true;
+            return;
+        }
         if (m_lastBlack && m_written < m_columns)
             m_coding.push_back(m_written);
         const std::size_t at = m_out.size();
@@ -157,6 +165,9 @@ private:
     const int m_columns;
     const std::size_t m_lineBytes;
     std::string& m_out;
+    // A one-bit code can emit a whole line: the output is bounded as it grows.
+    std::size_t m_limit = CurrentDecodeLimit().bytes;
+    bool m_exceeded = false;
     std::vector<int> m_reference;
     std::vector<int> m_coding;
     int m_written = 0;
@@ -170,6 +181,8 @@ int Fax2D::Decode(const std::string& input) {
     m_a0 = m_columns; // the first pass starts a line
     bool black = false;
     for (;;) {
+        if (m_exceeded)
+            return 0; // told by Exceeded()
         std::size_t b1Index;
         if (m_a0 < m_columns) {
             // a0 never moves left within a line, so the search resumes where it stopped.
@@ -290,6 +303,7 @@ private:
 // Knowing no lines, this decoder has no use for /Columns, whatever its value.
 int DecodeFax1D(const std::string& input, std::string& output, int /*columns*/) {
     output.clear();
+    const std::size_t limit = CurrentDecodeLimit().bytes;
     BitReader in(input);
     BitWriter bits(output);
     bool black = false;
@@ -299,6 +313,10 @@ int DecodeFax1D(const std::string& input, std::string& output, int /*columns*/) 
         case RunEnd::kComplete:
             bits.Append(run, black);
             black = !black;
+            if (output.size() > limit) {
+                output.clear();
+                return kFaxLimitExceeded;
+            }
             break;
         case RunEnd::kEol:
             // Make-up codes read before it belong to no complete run and are dropped.
@@ -320,7 +338,9 @@ int DecodeFax2D(const std::string& input, std::string& output, int columns) {
     // are taken as damaged, and the data as undecodable.
     if (columns <= 0 || columns > kMaxColumns)
         return -1;
-    return Fax2D(columns, output).Decode(input);
+    Fax2D fax(columns, output);
+    const int status = fax.Decode(input);
+    return fax.Exceeded() ? kFaxLimitExceeded : status;
 }
 
 PDFStatus CCITTFaxDecode(const std::string& input, std::string& output, PDFToken* parms) {
@@ -337,11 +357,15 @@ PDFStatus CCITTFaxDecode(const std::string& input, std::string& output, PDFToken
     }
     if (k < 0) {
         const int status = DecodeFax2D(input, output, columns);
+        if (status == kFaxLimitExceeded)
+            return CurrentDecodeLimit().status;
         if (status != 0)
             return status;
     } else {
-        // Mixed data (K > 0) goes this way too; what the decoder says of it is not used.
-        DecodeFax1D(input, output, columns);
+        // Mixed data (K > 0) goes this way too; what the decoder says of it is not used,
+        // unless it went beyond what one stream may decode to.
+        if (DecodeFax1D(input, output, columns) == kFaxLimitExceeded)
+            return CurrentDecodeLimit().status;
     }
     if (!blackIs1) {
         for (char& c : output)

@@ -1,6 +1,7 @@
 #include "filters/FilterPipeline.h"
 
 #include "filters/CcittFax.h"
+#include "filters/DecodeLimit.h"
 #include "filters/Filters.h"
 
 #include <cstring>
@@ -67,8 +68,15 @@ FilterFunction FindFilter(const std::string& name) {
 
 PDFStatus ApplyFilter(const std::string& name, PDFToken* parms, const std::string& input,
                       std::string& output) {
-    if (FilterFunction f = FindFilter(name))
-        return f(input, output, parms);
+    if (FilterFunction f = FindFilter(name)) {
+        const PDFStatus status = f(input, output, parms);
+        // Filters that can multiply their input watch the bound as they go; this catches
+        // the rest, which at most keep the size they were given.
+        const DecodeLimit limit = CurrentDecodeLimit();
+        if (status == kPdfOk && output.size() > limit.bytes)
+            return limit.status;
+        return status;
+    }
     if (name == "DCTDecode") {
         // Tagged, not decoded: the image output writes what follows the tag to a JPEG file.
         output.assign("JPEG:");
@@ -80,7 +88,21 @@ PDFStatus ApplyFilter(const std::string& name, PDFToken* parms, const std::strin
     return kPdfUnknownFilter;
 }
 
+namespace {
+PDFStatus DecodeStreamData(const PDFParserTokens::PDFStream& stream, std::string& out);
+} // namespace
+
 PDFStatus DecodeStream(const PDFParserTokens::PDFStream& stream, std::string& out) {
+    const PDFStatus status = DecodeStreamData(stream, out);
+    // What was decoded counts against the read's budget, failed streams included.
+    if (!ChargeDecoded(out.size()) && status == kPdfOk)
+        return kPdfDecodeBudgetExceeded;
+    return status;
+}
+
+namespace {
+
+PDFStatus DecodeStreamData(const PDFParserTokens::PDFStream& stream, std::string& out) {
     out = stream.data;
     if (!stream.dict || !stream.dict->IsType(kPdfKindDict))
         return kPdfOk;
@@ -125,3 +147,5 @@ PDFStatus DecodeStream(const PDFParserTokens::PDFStream& stream, std::string& ou
         return kPdfOk;
     return ApplyPredictor(parms, out);
 }
+
+} // namespace

@@ -1,4 +1,5 @@
 // "FlateDecode" and "FlateEncode" over zlib.
+#include "filters/DecodeLimit.h"
 #include "filters/Filters.h"
 
 #include <zlib.h>
@@ -17,10 +18,27 @@ PDFStatus InflateStatus(int z) {
     return kPdfZlibError; // Z_BUF_ERROR of a cut stream among them
 }
 
+// Grows `text` to exactly `size` bytes of room. A plain resize may double the capacity
+// beyond what was asked, which near the bound of one stream would ask for twice the bound.
+void GrowTo(std::string& text, std::size_t size) {
+    if (size <= text.capacity()) {
+        text.resize(size);
+        return;
+    }
+    std::string grown;
+    grown.reserve(size);
+    grown.append(text);
+    grown.resize(size);
+    text.swap(grown);
+}
+
 // Inflates through a window of `window` bytes: no flush while input is left, Z_FINISH once it
 // is all taken in, going on while zlib says Z_OK. Everything produced is kept, whatever the
-// end. Returns zlib's last status; `started` tells whether inflation could begin at all.
-int Inflate(const std::string& input, std::string& output, std::size_t window, bool& started) {
+// end. Returns zlib's last status; `started` tells whether inflation could begin at all, and
+// `exceeded` whether it stopped at `limit` bytes, which it never goes far beyond.
+int Inflate(const std::string& input, std::string& output, std::size_t window, bool& started,
+            std::size_t limit, bool& exceeded) {
+    exceeded = false;
     output.clear();
     z_stream z{};
     z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data()));
@@ -34,14 +52,23 @@ int Inflate(const std::string& input, std::string& output, std::size_t window, b
     std::size_t produced = 0;
     int status;
     do {
-        if (output.size() - produced < window)
-            output.resize(std::max(output.size() * 2, produced + window));
+        // Never more room than the bound allows: past it the stream fails anyway.
+        if (output.size() - produced < window) {
+            std::size_t room = std::max(output.size() * 2, produced + window);
+            if (room >= limit)
+                room = std::max(limit, produced) + window + 1;
+            GrowTo(output, room);
+        }
         const std::size_t free = std::min<std::size_t>(output.size() - produced, UINT_MAX);
         const std::size_t room = window <= 256 ? window : free;
         z.next_out = reinterpret_cast<Bytef*>(output.data() + produced);
         z.avail_out = static_cast<uInt>(room);
         status = inflate(&z, z.avail_in == 0 ? Z_FINISH : Z_NO_FLUSH);
         produced += room - z.avail_out;
+        if (produced > limit) {
+            exceeded = true;
+            break;
+        }
     } while (status == Z_OK);
     output.resize(produced);
     inflateEnd(&z);
@@ -55,12 +82,15 @@ PDFStatus FlateDecode(const std::string& input, std::string& output, PDFToken*) 
     // the stream fails, how much of a cut stream comes out depends on the window once the
     // input is all taken in (zlib answers Z_FINISH with a short window by stopping), so the
     // failure is inflated again through the 256-byte window that fixes that amount.
-    bool started = false;
-    int status = Inflate(input, output, 1 << 16, started);
+    const DecodeLimit limit = CurrentDecodeLimit();
+    bool started = false, exceeded = false;
+    int status = Inflate(input, output, 1 << 16, started, limit.bytes, exceeded);
     if (!started)
         return kPdfZlibError;
-    if (status != Z_STREAM_END)
-        status = Inflate(input, output, 256, started);
+    if (!exceeded && status != Z_STREAM_END)
+        status = Inflate(input, output, 256, started, limit.bytes, exceeded);
+    if (exceeded)
+        return limit.status;
     return InflateStatus(status);
 }
 

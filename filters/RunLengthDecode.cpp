@@ -1,7 +1,10 @@
+#include "filters/DecodeLimit.h"
 #include "filters/Filters.h"
 
 PDFStatus RunLengthDecode(const std::string& input, std::string& output, PDFToken*) {
     output.clear();
+    // A two-byte run gives 128 bytes: bounded as it grows.
+    const DecodeLimit limit = CurrentDecodeLimit();
     const std::size_t size = input.size();
     std::size_t i = 0;
     while (i < size) {
@@ -22,6 +25,8 @@ PDFStatus RunLengthDecode(const std::string& input, std::string& output, PDFToke
             output.append(257 - b, input[i + 1]);
             i += 2;
         }
+        if (output.size() > limit.bytes)
+            return limit.status;
     }
     return kPdfOk;
 }

@@ -1,6 +1,7 @@
 // Image XObjects become records for the sink: size, bits, the name of the colour space and
 // the device corners of the unit square. No mask, decode array or soft mask is applied; an
 // Indexed image is expanded into its base space.
+#include "filters/DecodeLimit.h"
 #include "filters/FilterPipeline.h"
 #include "graphics/PDFGraphics.h"
 #include "graphics/PDFImage.h"
@@ -16,10 +17,10 @@ using Tokens = PDFParserTokens;
 
 // An image whose declared size passes either bound is dropped before anything is decoded
 // or allocated for it. 2^28 pixels is a colour scan of an A0 sheet at 300 dpi with room to
-// spare; 2^30 bytes of samples is as much as one image may hold in memory until the image
-// pass. A few lines of a hostile file could otherwise declare terabytes.
+// spare; its samples may take what one stream may decode to. A few lines of a hostile file
+// could otherwise declare terabytes.
 constexpr double kMaxImagePixels = 268435456.0;
-constexpr double kMaxImageBytes = 1073741824.0;
+constexpr double kMaxImageBytes = static_cast<double>(kMaxDecodedStream);
 
 struct ImageSpace {
     std::string name;

@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr std::size_t kMaxSavedStates = 65536;
+
 constexpr std::uint32_t Op(std::string_view word) {
     return PDFGraphics::PackOperator(word);
 }
@@ -90,6 +92,12 @@ PDFStatus PDFGraphics::ExecuteWord(const std::string& word, PDFDocument* doc) {
 bool PDFGraphics::GeneralOp(std::uint32_t op) {
     switch (op) {
     case Op("q"):
+        // Saved states nest a few dozen deep in real files. Past this depth the read stops:
+        // a frame is cheap, but a million of them are not.
+        if (state->stateStack.size() >= kMaxSavedStates) {
+            readFailure = kPdfStatesTooDeep;
+            return true;
+        }
         state->SaveState();
         return true;
     case Op("Q"):

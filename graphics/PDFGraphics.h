@@ -58,9 +58,10 @@ public:
     std::map<std::string, ToUnicodeMap> fontToUnicode;
     std::map<std::string, EncodingMap> fontEncoding;
 
-    // Set when colour or image data are read past their end. Every later word returns it, so
-    // the page's parse ends at once and the whole read fails with it: the data contradict
-    // their own dictionary and nothing drawn from them can be trusted.
+    // Set when colour or image data are read past their end (the data contradict their own
+    // dictionary, so nothing drawn from them can be trusted) or when saved states nest beyond
+    // all reason. Every later word returns it, so the page's parse ends at once and the whole
+    // read fails with it.
     PDFStatus readFailure = kPdfOk;
 
 private:

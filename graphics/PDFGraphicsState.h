@@ -9,6 +9,7 @@
 #include "fonts/EncodingMap.h"
 #include "graphics/PDFMatrix.h"
 #include "graphics/PathElement.h"
+#include "graphics/SharedPath.h"
 
 #include <cstdint>
 #include <map>
@@ -32,10 +33,11 @@ struct PDFClipBox {
 };
 
 // What q saves and Q restores, and nothing more: line style, dash, font, text spacing and
-// leading survive a Q with their latest values, which the sink relies on.
+// leading survive a Q with their latest values, which the sink relies on. The clip path is
+// shared with the state, not copied, so a frame costs the same whatever the clip.
 struct PDFSavedFrame {
     PDFMatrix currentMatrix;
-    std::vector<PathElement> clipElements;
+    SharedPath clipElements;
     PDFMatrix textMatrix;
     std::uint32_t fillColour = 0;
     std::uint32_t strokeColour = 0;
@@ -124,7 +126,7 @@ public:
     bool hasClipBox = false;
     PDFMatrix currentMatrix;
     std::vector<PathElement> pathElements;
-    std::vector<PathElement> clipElements;
+    SharedPath clipElements; // set whole by Clip and SetClipBox, shared by saved frames
     double lineWidth = 0.0;
     // In user space, except right after a ClosePath that appended a line (device space then).
     double currentX = 0.0;

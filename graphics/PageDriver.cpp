@@ -2,6 +2,7 @@
 // normal appearances of annotations, all through one interpreter per page.
 #include "graphics/PageDriver.h"
 
+#include "filters/DecodeLimit.h"
 #include "filters/FilterPipeline.h"
 #include "graphics/PDFGraphics.h"
 #include "pdf/input/MemoryInput.h"
@@ -270,6 +271,9 @@ PDFStatus ReadDocument(std::FILE* file, PDFGraphicsState& sink, bool batchMode,
                        const InterpreterFactory& makeInterpreter) {
     if (!file)
         return kPdfCannotOpenFile;
+    // Every stream this read decodes, forms drawn again and again included, counts against
+    // one budget.
+    const DecodeBudgetScope decodeBudget;
     // Declared in this order so that the pages go first, then the document, and the reader
     // last, which closes the file; the same on every early return.
     infile_streambuf buffer(file);
@@ -292,6 +296,10 @@ PDFStatus ReadDocument(std::FILE* file, PDFGraphicsState& sink, bool batchMode,
     status = doc.PageCount(&pageCount);
     if (status != kPdfOk)
         return status;
+    // Every page is an object of the table, so a /Count above the table's size is a lie; it
+    // would otherwise have the page selection hold billions of page numbers.
+    if (pageCount > 0 && static_cast<std::size_t>(pageCount) > doc.entries.size())
+        pageCount = static_cast<std::int32_t>(doc.entries.size());
     if (pageCount > 1) {
         if (prompt)
             selectedPages = prompt(pageCount, batchMode);

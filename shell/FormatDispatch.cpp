@@ -1,9 +1,12 @@
 #include "shell/FormatDispatch.h"
 
 #include "shell/CQuillonPlugIn.h"
+#include "shell/PdfErrorReport.h"
 
 #include "host/base/VmFile.h"
+#include "host/ui/CVelmoApp.h"
 #include "host/ui/VmDialogs.h"
+#include "pdf/token/PDFError.h"
 
 #include <exception>
 #include <new>
@@ -52,7 +55,10 @@ int CQuillonPlugIn::ImportFile(const wchar_t* path, int formatIndex, CVelmoDoc& 
         std::fclose(file);
         return legacy ? ReadLegacyRoute(path, doc, options) : ReadPdfRoute(path, doc, options);
     } catch (const std::bad_alloc&) {
-        VelmoMessageBox(L"There is not enough memory to import the file.", L"File Read Error", 48);
+        // The read has unwound and given its memory back; what it gathered went with it.
+        const bool interactive = !VelmoApp().IsHeadless() && !doc.IsHeadless() &&
+                                 options.OptionsDictionary().Count() == 0;
+        ReportPdfError(kPdfOutOfMemory, path, interactive);
     } catch (const std::exception& e) {
         VelmoMessageBox(GK_wString(e.what()), L"File Read Error", 48);
     }

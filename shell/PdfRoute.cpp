@@ -15,12 +15,23 @@
 #include "host/ui/CVelmoApp.h"
 #include "host/ui/VmDialogs.h"
 
+#include <exception>
 #include <vector>
 
 int CQuillonPlugIn::ReadPdfRoute(const wchar_t* path, CVelmoDoc& doc,
                                  const CVelmoFileReadOptions& options) {
     CVelmoWaitCursor waitCursor;
     PDFToVelmo sink(&doc, &options);
+    // A failure thrown out of the read (memory running out) takes what was gathered with it,
+    // as a failed read does.
+    struct DiscardOnThrow {
+        PDFToVelmo& sink;
+        int pending = std::uncaught_exceptions();
+        ~DiscardOnThrow() {
+            if (std::uncaught_exceptions() > pending)
+                sink.DiscardPendingObjects();
+        }
+    } discardOnThrow{sink};
 
     const bool batchMode = options.Mode(CVelmoFileReadOptions::BatchModeFlag);
     const PDFStatus status = ReadDocument(VmOpenFile(path, "rb"), sink, batchMode, PromptForPages);

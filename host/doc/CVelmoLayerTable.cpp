@@ -1,5 +1,7 @@
 #include "host/doc/CVelmoLayerTable.h"
 
+#include <cwctype>
+
 CVelmoLayerTable::CVelmoLayerTable(std::function<GK_UUID()> newId) : m_newId(std::move(newId)) {
     GK_Layer layer;
     GetDefaultLayerProperties(layer);
@@ -15,25 +17,37 @@ bool CVelmoLayerTable::SetCurrentLayerIndex(int index) {
     return true;
 }
 
+std::wstring CVelmoLayerTable::FoldedName(const wchar_t* name) {
+    std::wstring folded;
+    for (const wchar_t* c = name ? name : L""; *c; ++c)
+        folded += static_cast<wchar_t>(std::towlower(static_cast<wint_t>(*c)));
+    return folded;
+}
+
+std::wstring CVelmoLayerTable::SiblingKey(const GK_UUID& parentId, const wchar_t* name) {
+    std::wstring key(parentId.bytes.begin(), parentId.bytes.end());
+    return key + FoldedName(name);
+}
+
+void CVelmoLayerTable::IndexLayer(int index) {
+    const GK_Layer& layer = m_layers[index];
+    m_byId.emplace(layer.Id(), index);
+    m_bySibling.emplace(SiblingKey(layer.ParentId(), layer.Name()), index);
+    m_fullPathsValid = false;
+}
+
 int CVelmoLayerTable::FindLayerFromParentAndName(const GK_UUID& parentId, const wchar_t* name,
                                                  int ignoreIndex) const {
     if (!name)
         return -1;
-    for (int i = 0; i < LayerCount(); ++i) {
-        if (i == ignoreIndex)
-            continue;
-        const GK_Layer& layer = m_layers[i];
-        if (layer.ParentId() == parentId && layer.Name().CompareNoCase(name) == 0)
-            return i;
-    }
-    return -1;
+    // Siblings never share a name, so the one match is the answer unless it is ignored.
+    const auto it = m_bySibling.find(SiblingKey(parentId, name));
+    return it == m_bySibling.end() || it->second == ignoreIndex ? -1 : it->second;
 }
 
 int CVelmoLayerTable::FindLayerFromId(const GK_UUID& id) const {
-    for (int i = 0; i < LayerCount(); ++i)
-        if (m_layers[i].Id() == id)
-            return i;
-    return -1;
+    const auto it = m_byId.find(id);
+    return it == m_byId.end() ? -1 : it->second;
 }
 
 void CVelmoLayerTable::GetDefaultLayerProperties(GK_Layer& layer) const {
@@ -53,6 +67,7 @@ int CVelmoLayerTable::AddLayer(const GK_Layer& layer, bool reference) {
     added.SetReference(reference);
     added.SetIndex(LayerCount());
     m_layers.push_back(added);
+    IndexLayer(LayerCount() - 1);
     return LayerCount() - 1;
 }
 
@@ -75,10 +90,14 @@ GK_wString CVelmoLayerTable::FullPathName(int index) const {
 int CVelmoLayerTable::FindLayerFromFullPathName(const wchar_t* fullPathName, int notFound) const {
     if (!fullPathName)
         return notFound;
-    for (int i = 0; i < LayerCount(); ++i)
-        if (FullPathName(i).CompareNoCase(fullPathName) == 0)
-            return i;
-    return notFound;
+    if (!m_fullPathsValid) {
+        m_byFullPath.clear();
+        for (int i = 0; i < LayerCount(); ++i)
+            m_byFullPath.emplace(FoldedName(FullPathName(i)), i);
+        m_fullPathsValid = true;
+    }
+    const auto it = m_byFullPath.find(FoldedName(fullPathName));
+    return it == m_byFullPath.end() ? notFound : it->second;
 }
 
 bool CVelmoLayerTable::ModifyLayer(const GK_Layer& layer, int index, bool /*quiet*/) {
@@ -92,6 +111,8 @@ bool CVelmoLayerTable::ModifyLayer(const GK_Layer& layer, int index, bool /*quie
     GK_Layer modified = layer;
     modified.SetId(m_layers[index].Id());
     modified.SetIndex(index);
+    m_bySibling.erase(SiblingKey(m_layers[index].ParentId(), m_layers[index].Name()));
     m_layers[index] = modified;
+    IndexLayer(index);
     return true;
 }

@@ -4,6 +4,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 class CVelmoLayerTable {
@@ -11,10 +14,8 @@ public:
     explicit CVelmoLayerTable(std::function<GK_UUID()> newId);
 
     int LayerCount() const { return static_cast<int>(m_layers.size()); }
+    // Layers change only through ModifyLayer, which keeps the lookups right.
     const GK_Layer& operator[](int index) const { return m_layers[index]; }
-    GK_Layer* Layer(int index) {
-        return index >= 0 && index < LayerCount() ? &m_layers[index] : nullptr;
-    }
 
     int CurrentLayerIndex() const { return m_current; }
     const GK_Layer& CurrentLayer() const { return m_layers[m_current]; }
@@ -45,7 +46,18 @@ public:
     GK_wString FullPathName(int index) const;
 
 private:
+    // Lookups go through indexes, so that a file with a million layers costs a million
+    // steps, not a million squared. Names are keyed as CompareNoCase compares them.
+    static std::wstring FoldedName(const wchar_t* name);
+    static std::wstring SiblingKey(const GK_UUID& parentId, const wchar_t* name);
+    void IndexLayer(int index);
+
     std::vector<GK_Layer> m_layers;
     int m_current = 0;
     std::function<GK_UUID()> m_newId;
+    std::map<GK_UUID, int> m_byId;
+    std::unordered_map<std::wstring, int> m_bySibling; // parent id and folded name
+    // Folded full path to the first layer that has it; built when asked for after a change.
+    mutable std::unordered_map<std::wstring, int> m_byFullPath;
+    mutable bool m_fullPathsValid = false;
 };

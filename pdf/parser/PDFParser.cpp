@@ -158,6 +158,11 @@ PDFStatus PDFParser::Resolve(PDFToken* token, PDFToken** out) {
 }
 
 PDFStatus PDFParser::ReadToken() {
+    // Operands that no operator takes cost memory and nothing else: past this many the read
+    // stops. Real content keeps a handful on the stack; the largest real objects (a font's
+    // width array, a page tree node) hold some tens of thousands of items.
+    if (operandStack.size() >= kMaxOperands)
+        return kPdfTooManyOperands;
     int c;
     for (;;) {
         do {

@@ -14,6 +14,9 @@ class PDFDocument;
 
 class PDFParser : public PDFParserTokens {
 public:
+    // The most operands the stack holds; reading a token beyond them gives 10042.
+    static constexpr std::size_t kMaxOperands = std::size_t{1} << 20;
+
     // Borrows `document` (may be null) and reads from `input` (may be null), which it does
     // not own until SetStream says so.
     PDFParser(std::istream* input, PDFDocument* document);

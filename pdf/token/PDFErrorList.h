@@ -42,5 +42,9 @@
     PDF_ERROR(10036, UnknownType, "unknown /Type for dictionary") \
     PDF_ERROR(10037, OldAiFile, "Old AI file") \
     PDF_ERROR(10038, Encrypted, "File is encrypted") \
-    PDF_ERROR(10039, Canceled, "Command was canceled")
+    PDF_ERROR(10039, Canceled, "Command was canceled") \
+    PDF_ERROR(10040, StreamTooLarge, "A stream decodes to more data than a drawing can hold") \
+    PDF_ERROR(10041, DecodeBudgetExceeded, "The file decodes to more data than a drawing can hold") \
+    PDF_ERROR(10042, TooManyOperands, "Too many operands without an operator") \
+    PDF_ERROR(10043, StatesTooDeep, "Graphics states nested too deeply")
 // clang-format on

@@ -1,3 +1,4 @@
+#include "filters/DecodeLimit.h"
 #include "filters/FilterPipeline.h"
 #include "filters/Filters.h"
 
@@ -91,6 +92,39 @@ TEST(Pipeline, ParametersMergeAndThePredictorRunsLast) {
     EXPECT_EQ(bad.bytes, paeth);
     // With parameters but no filter the predictor is not run.
     EXPECT_EQ(Decode("<</DecodeParms <</Predictor 12/Colors 1/Columns 4>>>>", rows).bytes, rows);
+}
+
+} // namespace
+
+namespace {
+
+// A read's budget bounds what its streams decode: each filter that can multiply its input
+// stops as its output passes the bound, and each stream's result is taken off the budget.
+TEST(Pipeline, DecodingIsBoundedByTheReadsBudget) {
+    const std::string blanks(1 << 20, ' ');
+    std::string runs;
+    for (int i = 0; i < 2000; ++i)
+        runs += "\x81 ";                      // 128 blanks each
+    const std::string faxLines(1000, '\xff'); // one-bit codes, each a line of 65,536 pixels
+    for (const auto& [dict, data] : {std::pair{"<</Filter/FlateDecode>>", Deflate(blanks)},
+                                     std::pair{"<</Filter/RunLengthDecode>>", runs},
+                                     std::pair{"<</Filter/CCITTFaxDecode/DecodeParms"
+                                               "<</K -1/Columns 65536>>>>",
+                                               faxLines}}) {
+        const DecodeBudgetScope budget(100000);
+        EXPECT_EQ(Decode(dict, data).status, kPdfDecodeBudgetExceeded) << dict;
+    }
+    {
+        const DecodeBudgetScope budget(100000);
+        const std::string part = Deflate(std::string(40000, 'x'));
+        EXPECT_EQ(Decode("<</Filter/FlateDecode>>", part).status, kPdfOk);
+        EXPECT_EQ(Decode("<</Filter/FlateDecode>>", part).status, kPdfOk);
+        EXPECT_EQ(Decode("<</Filter/FlateDecode>>", part).status, kPdfDecodeBudgetExceeded);
+    }
+    // Outside a read only the bound of one stream counts.
+    EXPECT_EQ(CurrentDecodeLimit().bytes, kMaxDecodedStream);
+    EXPECT_EQ(CurrentDecodeLimit().status, kPdfStreamTooLarge);
+    EXPECT_EQ(Decode("<</Filter/FlateDecode>>", Deflate(blanks)).bytes, blanks);
 }
 
 } // namespace

@@ -113,7 +113,8 @@ TEST(Tokens, ErrorTextsComeFromTheOneList) {
     EXPECT_STREQ(PDFErrorText(10039), "Command was canceled");
     EXPECT_EQ(kPdfUnmatchedParen, 10007);
     EXPECT_EQ(PDFErrorText(-1), nullptr);
-    EXPECT_EQ(PDFErrorText(10040), nullptr);
+    EXPECT_STREQ(PDFErrorText(10043), "Graphics states nested too deeply");
+    EXPECT_EQ(PDFErrorText(10044), nullptr);
 }
 
 } // namespace

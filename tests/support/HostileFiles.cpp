@@ -1,0 +1,164 @@
+#include "support/HostileFiles.h"
+
+#include "support/PdfWriter.h"
+
+#include <zlib.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace tarquil::test {
+
+namespace {
+
+std::string Deflate(const std::string& data) {
+    uLongf size = compressBound(data.size());
+    std::string out(size, '\0');
+    if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
+                  reinterpret_cast<const Bytef*>(data.data()), data.size(), 6) != Z_OK)
+        throw std::runtime_error("deflate failed");
+    out.resize(size);
+    return out;
+}
+
+// One page over `content` (its stream's extra entries in `entries`) with `resources`.
+std::string OnePage(const std::string& content, const std::string& entries = "",
+                    const std::string& resources = "", const std::string& extra = "") {
+    PdfWriter writer;
+    writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+    writer.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+    writer.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 4 0 R "
+                     "/Resources << " +
+                         resources + " >> >>");
+    writer.Stream(4, entries, content);
+    if (!extra.empty())
+        writer.Raw(extra);
+    writer.ClassicXref("/Root 1 0 R");
+    return writer.Text();
+}
+
+const std::string kLine = "\n10 10 m 190 190 l S\n";
+
+} // namespace
+
+std::string DeepSavesOverClip(int vertices, int saves) {
+    std::string content = "0 0 m ";
+    for (int i = 1; i < vertices; ++i)
+        content += std::to_string(100 + (i % 2 ? 90 : 40) * ((i * 7) % 13) / 13) + " " +
+                   std::to_string(i * 200 / vertices) + " l ";
+    content += "h W n\n";
+    for (int i = 0; i < saves; ++i)
+        content += "q ";
+    return OnePage(Deflate(content + kLine), "/Filter /FlateDecode");
+}
+
+std::string OperandFlood(std::size_t count) {
+    std::string content;
+    content.reserve(2 * count + kLine.size());
+    for (std::size_t i = 0; i < count; ++i)
+        content += "0 ";
+    return OnePage(Deflate(content + kLine), "/Filter /FlateDecode");
+}
+
+std::string FlateBomb(std::size_t bytes) {
+    // One block of blanks deflated after a full flush refers to nothing before it, so the
+    // same compressed bytes can follow each other as often as needed; the checksum of the
+    // whole is put together from the block's.
+    constexpr std::size_t kBlock = 1 << 20;
+    const std::string blanks(kBlock, ' ');
+    z_stream z{};
+    deflateInit(&z, 9);
+    std::string head(64, '\0'), block(kBlock, '\0'), tail(64, '\0');
+    // The zlib header comes out with the first block; take it apart from the block.
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(blanks.data()));
+    z.avail_in = kBlock;
+    z.next_out = reinterpret_cast<Bytef*>(block.data());
+    z.avail_out = static_cast<uInt>(block.size());
+    deflate(&z, Z_FULL_FLUSH);
+    block.resize(block.size() - z.avail_out);
+    head = block.substr(0, 2);
+    block = block.substr(2);
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(kLine.data()));
+    z.avail_in = static_cast<uInt>(kLine.size());
+    z.next_out = reinterpret_cast<Bytef*>(tail.data());
+    z.avail_out = static_cast<uInt>(tail.size());
+    deflate(&z, Z_FINISH);
+    tail.resize(tail.size() - z.avail_out);
+    deflateEnd(&z);
+    tail.resize(tail.size() - 4); // its checksum covers one block only
+
+    const std::size_t blocks = (bytes + kBlock - 1) / kBlock;
+    const uLong one =
+        adler32(adler32(0, nullptr, 0), reinterpret_cast<const Bytef*>(blanks.data()), kBlock);
+    uLong sum = adler32(0, nullptr, 0);
+    std::string data = head;
+    data.reserve(2 + blocks * block.size() + tail.size() + 4);
+    for (std::size_t i = 0; i < blocks; ++i) {
+        data += block;
+        sum = adler32_combine(sum, one, kBlock);
+    }
+    data += tail;
+    sum = adler32(sum, reinterpret_cast<const Bytef*>(kLine.data()), kLine.size());
+    for (int shift = 24; shift >= 0; shift -= 8)
+        data += static_cast<char>((sum >> shift) & 0xff);
+    return OnePage(data, "/Filter /FlateDecode");
+}
+
+std::string DeepNesting(int depth, bool dictionaries) {
+    std::string content;
+    for (int i = 0; i < depth; ++i)
+        content += dictionaries ? "<< /K " : "[";
+    content += "0 ";
+    for (int i = 0; i < depth; ++i)
+        content += dictionaries ? ">> " : "]";
+    return OnePage(Deflate(content + kLine), "/Filter /FlateDecode");
+}
+
+std::string UnmatchedClosers(std::size_t count) {
+    return OnePage(Deflate(std::string(count, ']') + kLine), "/Filter /FlateDecode");
+}
+
+std::string HugePageCount(long long count) {
+    PdfWriter writer;
+    writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+    writer.Object(2, "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count " + std::to_string(count) + " >>");
+    for (int page : {3, 4})
+        writer.Object(page,
+                      "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 5 0 R >>");
+    writer.Stream(5, "", kLine);
+    writer.ClassicXref("/Root 1 0 R");
+    return writer.Text();
+}
+
+std::string HugeWidths(std::size_t entries) {
+    std::string widths = "[0 [";
+    for (std::size_t i = 0; i < entries; ++i)
+        widths += "500 ";
+    widths += "]]";
+    PdfWriter writer;
+    writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+    writer.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+    writer.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 4 0 R "
+                     "/Resources << /Font << /F1 5 0 R >> >> >>");
+    writer.Stream(4, "", "BT /F1 12 Tf 20 20 Td <00410042> Tj ET" + kLine);
+    writer.Object(5, "<< /Type /Font /Subtype /Type0 /BaseFont /Wide /Encoding /Identity-H "
+                     "/DescendantFonts [6 0 R] >>");
+    writer.Object(6, "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /Wide /W " + widths + " >>");
+    writer.ClassicXref("/Root 1 0 R");
+    return writer.Text();
+}
+
+std::string SelfDrawingForm() {
+    PdfWriter writer;
+    writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+    writer.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+    writer.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 4 0 R "
+                     "/Resources << /XObject << /Self 5 0 R >> >> >>");
+    writer.Stream(4, "", "/Self Do" + kLine);
+    writer.Stream(5, "/Type /XObject /Subtype /Form /Resources << /XObject << /Self 5 0 R >> >>",
+                  "/Self Do /Self Do");
+    writer.ClassicXref("/Root 1 0 R");
+    return writer.Text();
+}
+
+} // namespace tarquil::test
