@@ -26,8 +26,9 @@ struct Outcome {
     }
 };
 
-Outcome Import(const std::string& pdf, const std::string& maxMemory = "1G") {
-    const TempFile file("hostile.pdf", pdf);
+Outcome Import(const std::string& pdf, const std::string& maxMemory = "1G",
+               const std::string& name = "hostile.pdf") {
+    const TempFile file(name, pdf);
     const std::string out = file.Path().string() + ".json";
     const std::string command = std::string(TARQUIL_BINARY_DIR) + "/cli/tarquil import '" +
                                 file.Path().string() + "' --settings none --quiet --no-questions " +
@@ -69,10 +70,17 @@ TEST(HostileInput, TheMemoryBoundEndsTheRead) {
 
 // Shapes that cost in proportion to their bytes are read as they are.
 TEST(HostileInput, ProportionalShapesImport) {
-    ExpectImported(Import(DeepNesting(500000, false)));
-    ExpectImported(Import(DeepNesting(500000, true)));
-    ExpectImported(Import(HugeWidths(2000000)));
+    ExpectImported(Import(DeepNesting(200000, false)));
+    ExpectImported(Import(DeepNesting(200000, true)));
+    ExpectImported(Import(HugeWidths(1200000)));
     ExpectImported(Import(SelfDrawingForm()));
+
+    // Ten thousand layers cost ten thousand steps (with a search through the table
+    // for each, this took minutes), a line of megabytes no more than its bytes.
+    const Outcome legacy = Import(ManyLegacyLayers(10000, 2 << 20), "1G", "layers.ai");
+    EXPECT_EQ(legacy.status, 0);
+    EXPECT_EQ(legacy.document["objects"].size(), 10000u);
+    EXPECT_EQ(legacy.document["layers"].size(), 10001u);
 }
 
 } // namespace

@@ -39,6 +39,47 @@ std::string OnePage(const std::string& content, const std::string& entries = "",
 
 const std::string kLine = "\n10 10 m 190 190 l S\n";
 
+// A zlib stream of `block` `count` times and then `tail`, made without deflating all of it:
+// the block is deflated once after a full flush, which makes it refer to nothing before it,
+// so its compressed bytes can follow each other; the checksum is put together from the
+// block's.
+std::string RepeatedDeflate(const std::string& block, std::size_t count, const std::string& tail) {
+    z_stream z{};
+    deflateInit(&z, 9);
+    std::string first(compressBound(block.size()) + 64, '\0'), last(tail.size() + 64, '\0');
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(block.data()));
+    z.avail_in = static_cast<uInt>(block.size());
+    z.next_out = reinterpret_cast<Bytef*>(first.data());
+    z.avail_out = static_cast<uInt>(first.size());
+    deflate(&z, Z_FULL_FLUSH);
+    first.resize(first.size() - z.avail_out);
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(tail.data()));
+    z.avail_in = static_cast<uInt>(tail.size());
+    z.next_out = reinterpret_cast<Bytef*>(last.data());
+    z.avail_out = static_cast<uInt>(last.size());
+    deflate(&z, Z_FINISH);
+    last.resize(last.size() - z.avail_out - 4); // its checksum covers one block only
+    deflateEnd(&z);
+
+    const std::string header = first.substr(0, 2), body = first.substr(2);
+    const auto bytes = [](const std::string& s) {
+        return reinterpret_cast<const Bytef*>(s.data());
+    };
+    const uLong one = adler32(adler32(0, nullptr, 0), bytes(block), block.size());
+    uLong sum = adler32(0, nullptr, 0);
+    std::string data = header;
+    data.reserve(header.size() + count * body.size() + last.size() + 4);
+    for (std::size_t i = 0; i < count; ++i) {
+        data += body;
+        sum = adler32_combine(sum, one, block.size());
+    }
+    data += last;
+    sum = adler32(sum, bytes(tail), tail.size());
+    for (int shift = 24; shift >= 0; shift -= 8)
+        data += static_cast<char>((sum >> shift) & 0xff);
+    return data;
+}
+
 } // namespace
 
 std::string DeepSavesOverClip(int vertices, int saves) {
@@ -53,55 +94,16 @@ std::string DeepSavesOverClip(int vertices, int saves) {
 }
 
 std::string OperandFlood(std::size_t count) {
-    std::string content;
-    content.reserve(2 * count + kLine.size());
-    for (std::size_t i = 0; i < count; ++i)
-        content += "0 ";
-    return OnePage(Deflate(content + kLine), "/Filter /FlateDecode");
+    std::string block;
+    for (int i = 0; i < (1 << 19); ++i)
+        block += "0 ";
+    return OnePage(RepeatedDeflate(block, (count + (1 << 19) - 1) >> 19, kLine),
+                   "/Filter /FlateDecode");
 }
 
 std::string FlateBomb(std::size_t bytes) {
-    // One block of blanks deflated after a full flush refers to nothing before it, so the
-    // same compressed bytes can follow each other as often as needed; the checksum of the
-    // whole is put together from the block's.
-    constexpr std::size_t kBlock = 1 << 20;
-    const std::string blanks(kBlock, ' ');
-    z_stream z{};
-    deflateInit(&z, 9);
-    std::string head(64, '\0'), block(kBlock, '\0'), tail(64, '\0');
-    // The zlib header comes out with the first block; take it apart from the block.
-    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(blanks.data()));
-    z.avail_in = kBlock;
-    z.next_out = reinterpret_cast<Bytef*>(block.data());
-    z.avail_out = static_cast<uInt>(block.size());
-    deflate(&z, Z_FULL_FLUSH);
-    block.resize(block.size() - z.avail_out);
-    head = block.substr(0, 2);
-    block = block.substr(2);
-    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(kLine.data()));
-    z.avail_in = static_cast<uInt>(kLine.size());
-    z.next_out = reinterpret_cast<Bytef*>(tail.data());
-    z.avail_out = static_cast<uInt>(tail.size());
-    deflate(&z, Z_FINISH);
-    tail.resize(tail.size() - z.avail_out);
-    deflateEnd(&z);
-    tail.resize(tail.size() - 4); // its checksum covers one block only
-
-    const std::size_t blocks = (bytes + kBlock - 1) / kBlock;
-    const uLong one =
-        adler32(adler32(0, nullptr, 0), reinterpret_cast<const Bytef*>(blanks.data()), kBlock);
-    uLong sum = adler32(0, nullptr, 0);
-    std::string data = head;
-    data.reserve(2 + blocks * block.size() + tail.size() + 4);
-    for (std::size_t i = 0; i < blocks; ++i) {
-        data += block;
-        sum = adler32_combine(sum, one, kBlock);
-    }
-    data += tail;
-    sum = adler32(sum, reinterpret_cast<const Bytef*>(kLine.data()), kLine.size());
-    for (int shift = 24; shift >= 0; shift -= 8)
-        data += static_cast<char>((sum >> shift) & 0xff);
-    return OnePage(data, "/Filter /FlateDecode");
+    return OnePage(RepeatedDeflate(std::string(1 << 20, ' '), (bytes + (1 << 20) - 1) >> 20, kLine),
+                   "/Filter /FlateDecode");
 }
 
 std::string DeepNesting(int depth, bool dictionaries) {
@@ -159,6 +161,14 @@ std::string SelfDrawingForm() {
                   "/Self Do /Self Do");
     writer.ClassicXref("/Root 1 0 R");
     return writer.Text();
+}
+
+std::string ManyLegacyLayers(int layers, std::size_t lineBytes) {
+    std::string text = "%!PS-Adobe-2.0 EPSF-1.2\n%%EndSetup\n" + std::string(lineBytes, '7') + "\n";
+    for (int i = 0; i < layers; ++i)
+        text += "1 1 0 1 0 0 1 0 0 0 Lb\n(Layer " + std::to_string(i) + ") Ln\n0 " +
+                std::to_string(i) + " m\n10 " + std::to_string(i) + " L\nS\n";
+    return text;
 }
 
 } // namespace tarquil::test

@@ -23,5 +23,8 @@ std::string HugePageCount(long long count);
 std::string HugeWidths(std::size_t entries);
 // A form that draws itself twice, then one line.
 std::string SelfDrawingForm();
+// An Illustrator file of `layers` layers with one line each, after a line of `lineBytes`
+// bytes that ends in no operator.
+std::string ManyLegacyLayers(int layers, std::size_t lineBytes);
 
 } // namespace tarquil::test
