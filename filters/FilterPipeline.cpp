@@ -134,9 +134,12 @@ PDFStatus DecodeStreamData(const PDFParserTokens::PDFStream& stream, std::string
             if (first) {
                 status = ApplyFilter(name, parms, stream.data, out);
             } else {
-                const std::string input = std::move(out);
+                std::string input = std::move(out);
                 out.clear();
                 status = ApplyFilter(name, parms, input, out);
+                // A name no filter answers leaves the data as the stage before left them.
+                if (status == kPdfUnknownFilter)
+                    out = std::move(input);
             }
             first = false;
             if (status != kPdfOk)

@@ -53,6 +53,12 @@ TEST(Pipeline, NamesAndChains) {
     const Decoded failed = Decode("<</Filter [/ASCIIHexDecode /ASCIIHexDecode]>>", "34317A>");
     EXPECT_EQ(failed.status, kPdfIllegalStreamCharacter);
     EXPECT_EQ(failed.bytes, "A");
+    // A name no filter answers leaves the data as the stage before left them.
+    for (const char* filter : {"[/ASCIIHexDecode /LZWDecode]", "[/ASCIIHexDecode null]"}) {
+        const Decoded unknown = Decode(std::string("<</Filter ") + filter + ">>", "414243");
+        EXPECT_EQ(unknown.status, kPdfUnknownFilter);
+        EXPECT_EQ(unknown.bytes, "ABC") << filter;
+    }
     // A string names a filter too, since only its bytes are asked for.
     EXPECT_EQ(Decode("<</Filter (ASCIIHexDecode)>>", "41").bytes, "A");
 }
