@@ -32,7 +32,7 @@ class CVelmoObject {
 public:
     enum Kind { curve_object, hatch_object, text_object, picture_object };
 
-    virtual ~CVelmoObject() = default;
+    virtual ~CVelmoObject();
     virtual Kind ObjectKind() const = 0;
     virtual const GK_Geometry* Geometry() const = 0;
 
@@ -52,6 +52,7 @@ public:
     explicit CVelmoCurveObject(const CVelmoObjectAttributes& attributes) {
         SetAttributes(attributes);
     }
+    ~CVelmoCurveObject() override;
     Kind ObjectKind() const override { return curve_object; }
     const GK_Geometry* Geometry() const override { return m_curve.get(); }
 
@@ -67,6 +68,7 @@ class CVelmoHatch : public CVelmoObject {
 public:
     CVelmoHatch() = default;
     explicit CVelmoHatch(const CVelmoObjectAttributes& attributes) { SetAttributes(attributes); }
+    ~CVelmoHatch() override;
     Kind ObjectKind() const override { return hatch_object; }
     const GK_Geometry* Geometry() const override { return m_hatch.get(); }
 
