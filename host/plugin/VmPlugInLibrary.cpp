@@ -10,6 +10,7 @@
 #include <link.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 
 namespace {
@@ -85,8 +86,12 @@ bool VmPlugInLibrary::Load(const std::string& path, SettingsContext& settings, s
     {
         VmModuleLoadScope scope(m_objects);
         // Every symbol is bound now, so that a library which needs something this host lacks
-        // is refused here instead of failing halfway through an import.
-        m_handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        // is refused here instead of failing halfway through an import. For finding leaks:
+        // the leak checker names the frames of a library only while it is mapped, and it runs
+        // at exit, so the variable keeps libraries mapped after their unload (which then
+        // cannot load again in the same process).
+        const bool keepMapped = std::getenv("VELMO_KEEP_PLUGINS_MAPPED") != nullptr;
+        m_handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | (keepMapped ? RTLD_NODELETE : 0));
     }
     if (!m_handle) {
         const char* why = dlerror();
