@@ -85,4 +85,5 @@ int VelmoReadFile(CVelmoFileImportPlugIn& plugIn, const wchar_t* path, int forma
 
 // The "Options" button of the host's Open and Import dialogs for one file type: the plug-in's
 // ShowImportOptions, with anything thrown turned into a message. False when it threw.
-bool VelmoShowImportOptions(CVelmoFileImportPlugIn& plugIn, const CVelmoFileType& fileType);
+[[nodiscard]] bool VelmoShowImportOptions(CVelmoFileImportPlugIn& plugIn,
+                                          const CVelmoFileType& fileType);

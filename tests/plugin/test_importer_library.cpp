@@ -8,7 +8,6 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <regex>
@@ -173,22 +172,12 @@ TEST(ImporterLibrary, LoadImportUnloadAndLoadAgain) {
 }
 
 TEST(ImporterLibrary, ShowsOnlyItsExportsAndCopiesNothingOfTheHost) {
-    std::vector<std::string> exported;
-    const std::string dynamic = Output("nm -D --defined-only --format=posix '" + kPlugIn + "'");
-    for (std::size_t at = 0; at < dynamic.size();) {
-        const std::size_t end = dynamic.find('\n', at);
-        exported.push_back(dynamic.substr(at, dynamic.find(' ', at) - at));
-        at = end == std::string::npos ? dynamic.size() : end + 1;
-    }
-    std::sort(exported.begin(), exported.end());
-    EXPECT_EQ(exported,
-              (std::vector<std::string>{
-                  "VelmoPlugInDeveloperAddress", "VelmoPlugInDeveloperCountry",
-                  "VelmoPlugInDeveloperEmail", "VelmoPlugInDeveloperFax",
-                  "VelmoPlugInDeveloperOrganization", "VelmoPlugInDeveloperPhone",
-                  "VelmoPlugInDeveloperWebsite", "VelmoPlugInMfcVersion", "VelmoPlugInMscVersion",
-                  "VelmoPlugInSdkServiceRelease", "VelmoPlugInSdkVersion", "VelmoPlugInUpdateURL",
-                  "VelmoPlugInUsesMfc"}));
+    // Its exports and nothing else: the loader has shown that all thirteen are there.
+    std::istringstream dynamic(Output("nm -D --defined-only --format=posix '" + kPlugIn + "'"));
+    int exported = 0;
+    for (std::string line; std::getline(dynamic, line); ++exported)
+        EXPECT_EQ(line.rfind("VelmoPlugIn", 0), 0u) << line;
+    EXPECT_EQ(exported, 13);
 
     // A vtable, type information or variable of the host's inside the library is a second copy
     // of something the host has once: objects made with it would not outlive the library.
