@@ -304,7 +304,7 @@ void QuietHost() {
 void VectorImport(benchmark::State& state) {
     const DrawingOnDisk& drawing = Drawing(static_cast<int>(state.range(0)));
     QuietHost();
-    CQuillonPlugIn& plugIn = ThePlugIn();
+    static CQuillonPlugIn plugIn;              // the library's own object is not linked here
     plugIn.pdfOptions = ImportFormatOptions{}; // fills as hatches, fitted to the screen
 
     CVelmoFileReadOptions options;

@@ -4,21 +4,26 @@
 #include "cli/DocumentSvg.h"
 #include "cli/JsonWriter.h"
 #include "cli/MemoryLimit.h"
+#include "cli/PlugInHost.h"
 #include "cli/ScriptedOptions.h"
 #include "cli/SettingsStore.h"
+#include "cli/TarquilApp.h"
 #include "cli/UsageError.h"
 #include "host/base/CVelmoFileUtilities.h"
 #include "host/base/GK_String.h"
-#include "host/ui/CVelmoApp.h"
+#include "host/plugin/VmPlugInLibrary.h"
 #include "host/ui/VmMessages.h"
-#include "host/ui/VmUiDriver.h"
-#include "shell/CQuillonPlugIn.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <functional>
 #include <iostream>
 #include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -65,19 +70,27 @@ void CheckArguments(const ImportArguments& args) {
         throw UsageError("--json and --svg cannot both write to standard output");
 }
 
-// The modeller runs without windows unless a person is there to answer.
-void SetUpUserInterface(const ImportArguments& args, CVelmoDoc& doc,
-                        const nlohmann::json& answers) {
-    VmUi().Reset();
-    VmUi().SetScript(answers);
-    if (args.pages)
-        VmUi().SetStringAnswer(*args.pages);
-    VelmoApp().SetHeadless(!args.interactive);
+// Why the file cannot be read, in the system's words; nothing when it can. The importer
+// would only say that it could not read it.
+std::optional<std::string> WhyUnreadable(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return std::strerror(errno);
+    struct stat info {};
+    const int error = ::fstat(fd, &info) != 0 ? errno : S_ISDIR(info.st_mode) ? EISDIR : 0;
+    ::close(fd);
+    if (error)
+        return std::strerror(error);
+    return std::nullopt;
+}
+
+// The host as the options set it up, before the plug-in is loaded. Options that configure
+// the host itself belong here. The modeller runs without windows unless a person is there to
+// answer.
+void PrepareHost(const ImportArguments& args, const nlohmann::json& answers, CVelmoDoc& doc) {
+    SetUpHostAnswers({answers, args.interactive, args.quiet, args.pages});
     doc.SetHeadless(!args.interactive);
-    if (args.interactive)
-        VmUi().SetTerminal(&std::cin, &std::cerr);
-    VmMessages().Clear();
-    VmMessages().SetEcho(args.quiet ? nullptr : &std::cerr);
+    CVelmoFileUtilities::SetTempFolder(VmWideFromBytes(args.tempDir).c_str());
 }
 
 CVelmoFileReadOptions MakeReadOptions(const ImportArguments& args) {
@@ -141,6 +154,7 @@ CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args) {
                     "bound; default: half of this machine's memory). Past it the import "
                     "ends with its out-of-memory message")
         ->type_name("SIZE");
+    AddPlugInOption(*cmd, args.plugIn);
     cmd->footer("Keys with a fixed type: PreserveModelScale, ImportFillsAsHatches, LoadText "
                 "(bool); PdfUnits, AiUnits, EpsUnits (int); VelmoScale, PDFScale, AiScale, "
                 "EpsScale (double). Other values are typed by their form.\n"
@@ -182,6 +196,10 @@ int RunImport(const ImportArguments& args) {
     // written, so a usage error leaves no trace.
     CheckArguments(args);
     const std::size_t memoryLimitBytes = MemoryLimitFor(args);
+    if (const auto why = WhyUnreadable(args.input)) {
+        std::cerr << "tarquil: cannot open " << args.input << ": " << *why << "\n";
+        return kExitUsage;
+    }
     const int formatIndex = FormatIndexFor(args.type, args.input);
     const CVelmoFileReadOptions options = MakeReadOptions(args);
     const nlohmann::json answers =
@@ -192,30 +210,29 @@ int RunImport(const ImportArguments& args) {
                      "are neither loaded nor saved\n";
 
     CVelmoDoc doc;
-    SetUpUserInterface(args, doc, answers);
-    CVelmoFileUtilities::SetTempFolder(VmWideFromBytes(args.tempDir).c_str());
+    PrepareHost(args, answers, doc);
 
-    // The modeller loads a plug-in once before its first use, then hands it its settings.
-    CQuillonPlugIn& plugIn = ThePlugIn();
-    if (plugIn.OnLoadPlugIn() != CVelmoPlugIn::load_success) {
-        std::cerr << "tarquil: error: the importer did not load\n";
-        return 1;
-    }
+    // The modeller loads a plug-in before its first use and hands it its settings; it takes
+    // them back when it unloads the plug-in.
     SettingsStore settings(settingsPath);
-    settings.Load(plugIn, std::cerr);
-
+    settings.Read(std::cerr);
+    VmPlugInLibrary library;
+    std::string error;
+    if (!library.Load(PlugInLibraryPath(args.plugIn), settings.Context(), error)) {
+        std::cerr << "tarquil: error: " << error << "\n";
+        return kExitFailure;
+    }
     const std::wstring path = VmWideFromBytes(args.input);
     int result = 0;
     {
         const MemoryLimitScope memoryLimit(memoryLimitBytes);
-        result = VelmoReadFile(plugIn, path.c_str(), formatIndex, doc, options);
+        result = VelmoReadFile(*library.PlugIn(), path.c_str(), formatIndex, doc, options);
     }
-
-    settings.Save(plugIn, std::cerr);
-    plugIn.OnUnloadPlugIn();
+    // The document is the host's: it is reported after the library is gone.
+    library.Unload();
+    settings.Write(std::cerr);
 
     bool written = true;
-    std::string error;
     const auto writeJson = [&](std::ostream& out) {
         JsonWriter writer(out, args.jsonIndent);
         WriteDocumentJson(writer, doc, result, VmMessages().Messages());

@@ -1,6 +1,6 @@
 #pragma once
-// `tarquil import FILE`: reads a drawing into a new document the way the modeller's Import
-// command does, then reports the document.
+// `tarquil import FILE`: loads the importer library as the modeller does, reads a drawing into
+// a new document the way the modeller's Import command does, then reports the document.
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
@@ -26,13 +26,15 @@ struct ImportArguments {
     std::string svgOut;
     std::string tempDir;   // empty: the host's default temporary folder
     std::string maxMemory; // empty: half of the machine's memory
+    std::string plugIn; // empty: the library beside the program
 };
 
 // Declares the subcommand and its options on `parent`; parsing fills `args`.
 CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args);
 
 // Runs the import and writes the reports. Returns the exit status: 0 when the importer
-// returned 1, else 1. Throws UsageError for arguments that cannot be used.
+// returned 1, else 1 (also when the library was refused); 2 when FILE cannot be opened.
+// Throws UsageError for arguments that cannot be used.
 int RunImport(const ImportArguments& args);
 
 // The importer's format index: 0 PDF, 1 AI, 2 EPS. An explicit type wins; otherwise the

@@ -1,7 +1,5 @@
 #include "cli/SettingsStore.h"
 
-#include "host/base/GK_String.h"
-
 #include <ostream>
 
 namespace {
@@ -29,11 +27,7 @@ std::optional<std::string> ResolveSettingsPath(const std::string& option,
     return std::nullopt;
 }
 
-std::wstring PlugInSettingsSection(const CVelmoPlugIn& plugIn) {
-    return VmWideFromUtf8(plugIn.PlugInGuid().ToString());
-}
-
-void SettingsStore::Load(CVelmoPlugIn& plugIn, std::ostream& warnings) {
+void SettingsStore::Read(std::ostream& warnings) {
     if (!m_path)
         return;
     std::string error;
@@ -42,13 +36,11 @@ void SettingsStore::Load(CVelmoPlugIn& plugIn, std::ostream& warnings) {
         m_damaged = true;
         warnings << "tarquil: warning: " << error << "; it will not be overwritten\n";
     }
-    plugIn.LoadSettings(PlugInSettingsSection(plugIn).c_str(), m_context);
 }
 
-bool SettingsStore::Save(CVelmoPlugIn& plugIn, std::ostream& warnings) {
+bool SettingsStore::Write(std::ostream& warnings) {
     if (!m_path || m_damaged)
         return true;
-    plugIn.SaveSettings(PlugInSettingsSection(plugIn).c_str(), m_context);
     std::string error;
     if (m_context.WriteFileAtomic(*m_path, &error))
         return true;

@@ -2,7 +2,6 @@
 // The file that keeps the plug-in's settings from one run to the next, as the modeller's
 // own settings store would.
 #include "host/doc/SettingsContext.h"
-#include "host/plugin/CVelmoPlugIn.h"
 
 #include <functional>
 #include <iosfwd>
@@ -16,20 +15,20 @@ using EnvironmentLookup = std::function<const char*(const char*)>;
 std::optional<std::string> ResolveSettingsPath(const std::string& option,
                                                const EnvironmentLookup& getenv);
 
-// The plug-in's section of the store: its id as text.
-std::wstring PlugInSettingsSection(const CVelmoPlugIn& plugIn);
-
+// The store of all plug-ins' settings; the plug-in loader hands a plug-in its section of
+// Context() at load and takes it back at unload (VmPlugInLibrary).
 class SettingsStore {
 public:
     explicit SettingsStore(std::optional<std::string> path) : m_path(std::move(path)) {}
 
-    // Reads the file and hands the plug-in its section. A missing file is the first run
-    // and says nothing; a damaged one is reported to `warnings` and then left alone.
-    void Load(CVelmoPlugIn& plugIn, std::ostream& warnings);
-    // Takes the plug-in's section back and writes the whole store, other sections as read.
-    // False, with a note to `warnings`, when the file could not be written.
-    bool Save(CVelmoPlugIn& plugIn, std::ostream& warnings);
+    // Reads the file. A missing file is the first run and says nothing; a damaged one is
+    // reported to `warnings` and then left alone.
+    void Read(std::ostream& warnings);
+    // Writes the whole store, other sections as read. False, with a note to `warnings`, when
+    // the file could not be written.
+    bool Write(std::ostream& warnings);
 
+    SettingsContext& Context() { return m_context; }
     const std::optional<std::string>& Path() const { return m_path; }
 
 private:

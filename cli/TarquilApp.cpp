@@ -4,9 +4,11 @@
 #include "cli/InspectCommand.h"
 #include "cli/InspectDocument.h"
 #include "cli/InspectTrace.h"
+#include "cli/PlugInCommand.h"
+#include "cli/PlugInHost.h"
 #include "cli/UsageError.h"
 #include "host/base/GK_String.h"
-#include "shell/CQuillonPlugIn.h"
+#include "host/plugin/VmPlugInLibrary.h"
 
 #include <CLI/CLI.hpp>
 
@@ -19,11 +21,18 @@
 
 namespace {
 
+// The program's version, then the title and version of the importer beside it, or why there
+// is none to show.
 std::string VersionText() {
-    const CQuillonPlugIn& plugIn = ThePlugIn();
-    return std::string("tarquil ") + TARQUIL_VERSION + "\n" +
-           VmUtf8FromWide(plugIn.PlugInTitle() ? plugIn.PlugInTitle() : L"") + " " +
-           VmUtf8FromWide(plugIn.PlugInVersionText() ? plugIn.PlugInVersionText() : L"");
+    SettingsContext settings;
+    VmPlugInLibrary library;
+    std::string error;
+    const std::string program = std::string("tarquil ") + TARQUIL_VERSION + "\n";
+    if (!library.Load(PlugInLibraryPath(""), settings, error))
+        return program + "(no importer: " + error + ")";
+    library.Unload();
+    return program + VmUtf8FromWide(library.Identity().title) + " " +
+           VmUtf8FromWide(library.Identity().versionText);
 }
 
 } // namespace
@@ -34,12 +43,15 @@ int RunTarquil(int argc, const char* const* argv) {
                  "tarquil");
     app.set_version_flag("--version", VersionText, "Print the version and exit");
     app.footer("Run 'tarquil COMMAND --help' for the options of a command.\n"
-               "Exit status: 0 success, 1 the import failed, 2 usage error.");
+               "Exit status: 0 success, 1 the import failed or the importer library was "
+               "refused, 2 usage error.");
 
     ImportArguments importArgs;
     CLI::App* import = AddImportCommand(app, importArgs);
     InspectArguments inspectArgs;
     const InspectCommands inspect = AddInspectCommand(app, inspectArgs);
+    PlugInArguments plugInArgs;
+    const PlugInCommands plugIn = AddPlugInCommand(app, plugInArgs);
 
     try {
         app.parse(argc, argv);
@@ -53,6 +65,10 @@ int RunTarquil(int argc, const char* const* argv) {
     try {
         if (import->parsed())
             return RunImport(importArgs);
+        if (plugIn.info->parsed())
+            return RunPlugInInfo(plugInArgs);
+        if (plugIn.options->parsed())
+            return RunPlugInOptions(plugInArgs);
         if (inspect.tokens->parsed())
             return RunInspectTokens(inspectArgs);
         if (inspect.filter->parsed())

@@ -4,17 +4,10 @@
 
 namespace {
 
-// Built at library load, before any host call.
-CQuillonPlugIn thePlugIn;
-
 constexpr GK_UUID kPlugInId{{0x5D, 0x2C, 0x7A, 0x14, 0x9E, 0x3B, 0x4C, 0x60, 0x8F, 0x1A, 0x2B, 0x6E,
                              0x07, 0xD4, 0xC3, 0x91}};
 
 } // namespace
-
-CQuillonPlugIn& ThePlugIn() {
-    return thePlugIn;
-}
 
 CQuillonPlugIn::CQuillonPlugIn() {
     versionString = GK_wString(__DATE__ "  " __TIME__);

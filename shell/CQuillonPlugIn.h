@@ -1,8 +1,30 @@
 #pragma once
-// The plug-in object: identity, file types, option records, and the import entry.
+// The face of the importer library towards the host: the exports, which the host reads by name
+// before it trusts the library, and the plug-in class, whose one object the library makes when
+// it is loaded. Nothing else of the library is visible outside it.
 #include "shell/ImportFormat.h"
 
 #include "host/plugin/CVelmoPlugIn.h"
+
+#define TARQUIL_EXPORT __attribute__((visibility("default")))
+
+// They return constants and cannot fail. The two interface versions have their top bit set,
+// hence unsigned.
+extern "C" {
+TARQUIL_EXPORT int VelmoPlugInMfcVersion();
+TARQUIL_EXPORT int VelmoPlugInMscVersion();
+TARQUIL_EXPORT bool VelmoPlugInUsesMfc();
+TARQUIL_EXPORT unsigned int VelmoPlugInSdkVersion();
+TARQUIL_EXPORT unsigned int VelmoPlugInSdkServiceRelease();
+TARQUIL_EXPORT const wchar_t* VelmoPlugInDeveloperOrganization();
+TARQUIL_EXPORT const wchar_t* VelmoPlugInDeveloperAddress();
+TARQUIL_EXPORT const wchar_t* VelmoPlugInDeveloperCountry();
+TARQUIL_EXPORT const wchar_t* VelmoPlugInDeveloperPhone();
+TARQUIL_EXPORT const wchar_t* VelmoPlugInDeveloperFax();
+TARQUIL_EXPORT const wchar_t* VelmoPlugInDeveloperEmail();
+TARQUIL_EXPORT const wchar_t* VelmoPlugInDeveloperWebsite();
+TARQUIL_EXPORT const wchar_t* VelmoPlugInUpdateURL();
+}
 
 class CQuillonPlugIn : public CVelmoFileImportSystemPlugIn {
 public:
@@ -44,9 +66,3 @@ public:
     ImportFormatOptions epsOptions;
     int currentFormatIndex = 0;
 };
-
-// The one plug-in object of the library.
-CQuillonPlugIn& ThePlugIn();
-
-// The module handle under which the plug-in's string table is registered.
-void* QuillonModuleInstance();

@@ -1,7 +1,7 @@
 // The templates are data, laid out as the host draws them, in dialog units.
 #include "shell/DialogResources.h"
 
-#include "shell/CQuillonPlugIn.h"
+#include "shell/Resources.h"
 
 namespace {
 

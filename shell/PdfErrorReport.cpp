@@ -1,7 +1,8 @@
 #include "shell/PdfErrorReport.h"
 
-#include "shell/CQuillonPlugIn.h"
+#include "shell/Resources.h"
 
+#include "host/base/GK_String.h"
 #include "host/base/VmResources.h"
 #include "host/ui/CVelmoApp.h"
 #include "host/ui/VmDialogs.h"

@@ -2,7 +2,7 @@
 // to the codes.
 #include "pdf/token/PDFErrorList.h"
 
-#include "shell/CQuillonPlugIn.h"
+#include "shell/Resources.h"
 
 #include "host/base/VmResources.h"
 

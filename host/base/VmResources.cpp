@@ -14,6 +14,13 @@ void VmRegisterStringTable(void* instance, const VmResourceString* table, int co
     Tables()[instance] = {table, count};
 }
 
+void VmForgetStringTables(bool (*inModule)(const void* address, const void* module),
+                          const void* module) {
+    std::erase_if(Tables(), [&](const auto& entry) {
+        return inModule(entry.first, module) || inModule(entry.second.first, module);
+    });
+}
+
 const wchar_t* VmFindResourceString(void* instance, unsigned int id) {
     const auto it = Tables().find(instance);
     if (it == Tables().end())

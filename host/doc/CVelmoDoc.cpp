@@ -1,5 +1,7 @@
 #include "host/doc/CVelmoDoc.h"
 
+GK_HatchPattern::~GK_HatchPattern() = default;
+
 CVelmoDoc::CVelmoDoc() : m_layers([this] { return NewId(); }) {
     for (const wchar_t* name : {L"Top", L"Front", L"Right", L"Perspective"})
         m_views.push_back(std::make_unique<CVelmoView>(name, 1));

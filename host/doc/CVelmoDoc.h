@@ -29,6 +29,8 @@ class GK_HatchPattern : public GK_ModelComponent {
 public:
     enum class HatchFillType { Solid = 0, Lines = 1 };
 
+    ~GK_HatchPattern() override;
+
     bool IsValid(GK_TextLog* = nullptr) const override { return !Name().IsEmpty(); }
     HatchFillType FillType() const { return m_fillType; }
     void SetFillType(HatchFillType type) { m_fillType = type; }

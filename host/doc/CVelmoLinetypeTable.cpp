@@ -2,6 +2,8 @@
 
 #include <cwctype>
 
+GK_Linetype::~GK_Linetype() = default;
+
 namespace {
 
 // The same folding as GK_wString::CompareNoCase, so both agree on what is one name.

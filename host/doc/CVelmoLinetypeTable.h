@@ -17,6 +17,7 @@ struct GK_LinetypeSegment {
 
 class GK_Linetype : public GK_ModelComponent {
 public:
+    ~GK_Linetype() override;
     bool IsValid(GK_TextLog* = nullptr) const override {
         return !Name().IsEmpty() && !m_segments.empty();
     }

@@ -34,7 +34,7 @@ class CVelmoObject {
 public:
     enum Kind { curve_object, hatch_object, text_object, picture_object };
 
-    virtual ~CVelmoObject() = default;
+    virtual ~CVelmoObject();
     virtual Kind ObjectKind() const = 0;
     virtual const GK_Geometry* Geometry() const = 0;
 
@@ -54,6 +54,7 @@ public:
     explicit CVelmoCurveObject(const CVelmoObjectAttributes& attributes) {
         SetAttributes(attributes);
     }
+    ~CVelmoCurveObject() override;
     Kind ObjectKind() const override { return curve_object; }
     const GK_Geometry* Geometry() const override { return m_curve.get(); }
 
@@ -69,6 +70,7 @@ class CVelmoHatch : public CVelmoObject {
 public:
     CVelmoHatch() = default;
     explicit CVelmoHatch(const CVelmoObjectAttributes& attributes) { SetAttributes(attributes); }
+    ~CVelmoHatch() override;
     Kind ObjectKind() const override { return hatch_object; }
     const GK_Geometry* Geometry() const override { return m_hatch.get(); }
 
@@ -85,6 +87,7 @@ class CVelmoPictureFrameObject : public CVelmoObject {
 public:
     CVelmoPictureFrameObject(const GK_PictureFrame& frame, const wchar_t* path)
         : m_frame(frame), m_path(path) {}
+    ~CVelmoPictureFrameObject() override;
     Kind ObjectKind() const override { return picture_object; }
     const GK_Geometry* Geometry() const override { return &m_frame; }
 

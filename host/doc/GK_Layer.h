@@ -7,6 +7,7 @@
 
 class GK_ModelComponent : public GK_Object {
 public:
+    ~GK_ModelComponent() override;
     const GK_wString& Name() const { return m_name; }
     bool SetName(const wchar_t* name) {
         m_name = GK_wString(name);
@@ -28,6 +29,7 @@ private:
 
 class GK_Layer : public GK_ModelComponent {
 public:
+    ~GK_Layer() override;
     bool IsValid(GK_TextLog* = nullptr) const override { return !Name().IsEmpty(); }
 
     GK_Color Color() const { return m_color; }

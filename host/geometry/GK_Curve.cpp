@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+GK_Geometry::~GK_Geometry() = default;
+
 bool GK_Curve::IsClosed() const {
     if (!IsValid())
         return false;

@@ -6,6 +6,7 @@
 
 class GK_Geometry : public GK_Object {
 public:
+    ~GK_Geometry() override;
     // Box of the geometry itself (for curves: of the curve, not of its control points).
     virtual GK_BoundingBox BoundingBox() const = 0;
     virtual bool Transform(const GK_Xform& xform) = 0;

@@ -5,7 +5,7 @@ class GK_TextLog; // the host reports validation details to it; unused here
 
 class GK_Object {
 public:
-    virtual ~GK_Object() = default;
+    virtual ~GK_Object();
     // Whether the object is usable. The log, when given, would receive the reason.
     virtual bool IsValid(GK_TextLog* log = nullptr) const = 0;
 };

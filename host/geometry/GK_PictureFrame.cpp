@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+GK_PictureFrame::~GK_PictureFrame() = default;
+
 bool GK_PictureFrame::IsValid(GK_TextLog*) const {
     return m_plane.IsValidFrame() && std::isfinite(m_width) && std::isfinite(m_height) &&
            m_width > 0.0 && m_height > 0.0;

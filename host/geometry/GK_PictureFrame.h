@@ -9,6 +9,7 @@ public:
     GK_PictureFrame() = default;
     GK_PictureFrame(const GK_Plane& plane, double width, double height)
         : m_plane(plane), m_width(width), m_height(height) {}
+    ~GK_PictureFrame() override;
 
     // A valid frame and a positive, finite width and height.
     bool IsValid(GK_TextLog* log = nullptr) const override;

@@ -12,6 +12,13 @@ class CVelmoPlugIn : public GK_Object {
 public:
     enum LoadReturnCode { load_error_silent = -1, load_error_show_dialog = 0, load_success = 1 };
 
+    // A plug-in object is a global of its library; construction notes it with the library
+    // being loaded (VmModuleObjects), which is how the host finds it.
+    CVelmoPlugIn();
+    ~CVelmoPlugIn() override;
+    CVelmoPlugIn(const CVelmoPlugIn&) = delete;
+    CVelmoPlugIn& operator=(const CVelmoPlugIn&) = delete;
+
     bool IsValid(GK_TextLog* = nullptr) const override { return true; }
     virtual GK_UUID PlugInGuid() const = 0;
     virtual const wchar_t* PlugInTitle() const = 0;
@@ -47,6 +54,7 @@ private:
 
 class CVelmoFileImportPlugIn : public CVelmoPlugIn {
 public:
+    ~CVelmoFileImportPlugIn() override;
     virtual void RegisterFileTypes(GK_ClassArray<CVelmoFileType>& fileTypes) = 0;
     // Returns 1 when the file was read, 0 when it failed or was cancelled.
     virtual int ImportFile(const wchar_t* path, int formatIndex, CVelmoDoc& doc,
@@ -65,9 +73,17 @@ private:
     GK_wString m_fileBeingRead;
 };
 
-class CVelmoFileImportSystemPlugIn : public CVelmoFileImportPlugIn {};
+class CVelmoFileImportSystemPlugIn : public CVelmoFileImportPlugIn {
+public:
+    ~CVelmoFileImportSystemPlugIn() override;
+};
 
 // The host's read command: notes the file for the plug-in, runs its ImportFile, and turns
 // anything thrown into a message so that nothing escapes into the host.
 int VelmoReadFile(CVelmoFileImportPlugIn& plugIn, const wchar_t* path, int formatIndex,
                   CVelmoDoc& doc, const CVelmoFileReadOptions& options);
+
+// The "Options" button of the host's Open and Import dialogs for one file type: the plug-in's
+// ShowImportOptions, with anything thrown turned into a message. False when it threw.
+[[nodiscard]] bool VelmoShowImportOptions(CVelmoFileImportPlugIn& plugIn,
+                                          const CVelmoFileType& fileType);

@@ -10,6 +10,22 @@ CVelmoApp& VelmoApp() {
     return app;
 }
 
+namespace {
+int waitCursorDepth = 0;
+} // namespace
+
+CVelmoWaitCursor::CVelmoWaitCursor() {
+    ++waitCursorDepth;
+}
+
+CVelmoWaitCursor::~CVelmoWaitCursor() {
+    --waitCursorDepth;
+}
+
+int CVelmoWaitCursor::Depth() {
+    return waitCursorDepth;
+}
+
 void CVelmoApp::Print(const wchar_t* format, ...) {
     va_list args;
     va_start(args, format);

@@ -19,12 +19,11 @@ CVelmoApp& VelmoApp();
 // Shows the wait cursor for its lifetime.
 class CVelmoWaitCursor {
 public:
-    CVelmoWaitCursor() { ++s_depth; }
-    ~CVelmoWaitCursor() { --s_depth; }
+    CVelmoWaitCursor();
+    ~CVelmoWaitCursor();
     CVelmoWaitCursor(const CVelmoWaitCursor&) = delete;
     CVelmoWaitCursor& operator=(const CVelmoWaitCursor&) = delete;
-    static int Depth() { return s_depth; }
-
-private:
-    static inline int s_depth = 0;
+    // How many are alive. The count is the host's, one for all modules, so it is kept in
+    // the host's core and not in this header.
+    static int Depth();
 };

@@ -56,6 +56,13 @@ void VmRegisterDialogTemplates(void* instance, const VmDialogTemplate* templates
     Templates()[instance] = {templates, count};
 }
 
+void VmForgetDialogTemplates(bool (*inModule)(const void* address, const void* module),
+                             const void* module) {
+    std::erase_if(Templates(), [&](const auto& entry) {
+        return inModule(entry.first, module) || inModule(entry.second.first, module);
+    });
+}
+
 const VmDialogTemplate* VmFindDialogTemplate(void* instance, unsigned int id) {
     const auto it = Templates().find(instance);
     if (it == Templates().end())
@@ -67,6 +74,8 @@ const VmDialogTemplate* VmFindDialogTemplate(void* instance, unsigned int id) {
 }
 
 // Controls -------------------------------------------------------------------------------
+
+CVelmoUiControl::~CVelmoUiControl() = default;
 
 bool CVelmoUiControl::IsEnabled() const {
     const auto* s = m_dialog ? m_dialog->Find(m_id) : nullptr;

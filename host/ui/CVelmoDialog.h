@@ -66,6 +66,10 @@ struct VmDialogTemplate {
 // Registers (or replaces) the dialog templates of a module. The table must outlive the
 // registration.
 void VmRegisterDialogTemplates(void* instance, const VmDialogTemplate* templates, int count);
+// Drops the templates that `inModule` claims (it is given the instance and the table), when
+// the module that registered them goes away.
+void VmForgetDialogTemplates(bool (*inModule)(const void* address, const void* module),
+                             const void* module);
 // The template `id` of the module, or null.
 const VmDialogTemplate* VmFindDialogTemplate(void* instance, unsigned int id);
 
@@ -78,7 +82,7 @@ public:
     CVelmoUiControl() = default;
     CVelmoUiControl(const CVelmoUiControl&) = delete;
     CVelmoUiControl& operator=(const CVelmoUiControl&) = delete;
-    virtual ~CVelmoUiControl() = default;
+    virtual ~CVelmoUiControl();
 
     int Id() const { return m_id; }
     bool IsBound() const { return m_dialog != nullptr; }

@@ -15,6 +15,10 @@ CVelmoCommandOptionValue VmLocalizeCommandOptionValue(const wchar_t* english, in
     return {english, english};
 }
 
+CVelmoGet::~CVelmoGet() = default;
+CVelmoGetOption::~CVelmoGetOption() = default;
+CVelmoGetString::~CVelmoGetString() = default;
+
 namespace {
 
 std::wstring NumberText(double v) {

@@ -48,7 +48,7 @@ class CVelmoGet {
 public:
     enum result { cancel = 0, nothing = 1, option = 2, number = 3, string = 4 };
 
-    virtual ~CVelmoGet() = default;
+    virtual ~CVelmoGet();
     void SetCommandPrompt(const wchar_t* prompt) { m_prompt = prompt ? prompt : L""; }
     void AcceptNothing(bool enable = true) { m_acceptNothing = enable; }
     void ClearCommandOptions() { m_options.clear(); }
@@ -88,12 +88,14 @@ protected:
 
 class CVelmoGetOption : public CVelmoGet {
 public:
+    ~CVelmoGetOption() override;
     // Asks once; returns option (the chosen one is Option()), nothing, or cancel.
     result GetOption();
 };
 
 class CVelmoGetString : public CVelmoGet {
 public:
+    ~CVelmoGetString() override;
     // Asks once; returns string (the text is String()), nothing, option or cancel.
     result GetString();
     const GK_wString& String() const { return m_string; }

@@ -2,7 +2,6 @@
 #include "cli/SettingsStore.h"
 #include "cli/UsageError.h"
 
-#include "shell/CQuillonPlugIn.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -63,33 +62,31 @@ TEST(SettingsStore, PathFromOptionOrEnvironment) {
 TEST(SettingsStore, KeepsOtherSectionsAndSparesDamagedFiles) {
     const TempFile file("settings.json", "");
     const std::string path = file.Path().string();
-    CQuillonPlugIn plugIn;
-    const std::wstring section = PlugInSettingsSection(plugIn);
-    EXPECT_EQ(section, L"5d2c7a14-9e3b-4c60-8f1a-2b6e07d4c391");
     SettingsContext context;
     context.SaveInt(L"other", L"Keep", 7);
-    context.SaveDouble(section.c_str(), L"AI_VelmoScale", 2.5);
+    context.SaveDouble(L"plug-in", L"AI_VelmoScale", 2.5);
     ASSERT_TRUE(context.WriteFileAtomic(path));
 
     std::ostringstream warnings;
     SettingsStore store(path);
-    store.Load(plugIn, warnings);
-    EXPECT_EQ(plugIn.aiOptions.velmoScale, 2.5);
-    plugIn.epsOptions.importUnit = ImportUnitMm;
-    EXPECT_TRUE(store.Save(plugIn, warnings));
+    store.Read(warnings);
+    double scale = 0.0;
+    EXPECT_TRUE(store.Context().LoadDouble(L"plug-in", L"AI_VelmoScale", scale) && scale == 2.5);
+    store.Context().SaveInt(L"plug-in", L"EPS_ImportUnit", 2);
+    EXPECT_TRUE(store.Write(warnings));
     EXPECT_EQ(warnings.str(), "");
     ASSERT_TRUE(context.ReadFile(path));
     int kept = 0, unit = 0;
     EXPECT_TRUE(context.LoadInt(L"other", L"Keep", kept) && kept == 7);
-    EXPECT_TRUE(context.LoadInt(section.c_str(), L"EPS_ImportUnit", unit));
-    EXPECT_EQ(unit, ImportUnitMm);
+    EXPECT_TRUE(context.LoadInt(L"plug-in", L"EPS_ImportUnit", unit) && unit == 2);
 
     // A damaged file gives a warning and is left as it was.
     const TempFile damaged("damaged.json", "{ not json");
     SettingsStore spared(damaged.Path().string());
-    spared.Load(plugIn, warnings);
+    spared.Read(warnings);
     EXPECT_NE(warnings.str().find("damaged"), std::string::npos) << warnings.str();
-    EXPECT_TRUE(spared.Save(plugIn, warnings));
+    spared.Context().SaveInt(L"plug-in", L"EPS_ImportUnit", 1);
+    EXPECT_TRUE(spared.Write(warnings));
     EXPECT_EQ(tarquil::test::ReadFileBytes(damaged.Path()), "{ not json");
 }
 

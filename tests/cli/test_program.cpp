@@ -85,7 +85,8 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
     EXPECT_EQ(r.status, 0);
     for (const char* option : {"--type", "--option", "--batch", "--fit-views", "--reference",
                                "--no-questions", "--interactive", "--answers", "--pages",
-                               "--settings", "--json", "--json-indent", "--svg", "--quiet"})
+                               "--settings", "--json", "--json-indent", "--svg", "--quiet",
+                               "--plugin", "--temp-dir", "--max-memory"})
         EXPECT_NE(r.out.find(option), std::string::npos) << option;
     r = Run("--version");
     EXPECT_EQ(r.status, 0);
@@ -113,17 +114,46 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
     EXPECT_FALSE(fs::exists(DefaultSettings()));
 }
 
-TEST_F(ProgramTest, MissingInputFailsWithAReport) {
-    const Result r = Run("import " + Path("missing.pdf") + " --json " + Path("out.json") +
-                         " --svg " + Path("out.svg"));
-    EXPECT_EQ(r.status, 1) << r.err;
-    const json report = ReadJson("out.json");
-    EXPECT_EQ(report["result"], 0);
-    EXPECT_TRUE(report["objects"].empty());
-    ASSERT_FALSE(report["messages"].empty());
-    EXPECT_EQ(report["messages"][0]["kind"], "box");
-    EXPECT_NE(r.err.find("Error"), std::string::npos) << "the box is echoed";
-    EXPECT_NE(ReadFileBytes(m_dir / "out.svg").find("</svg>"), std::string::npos);
+TEST_F(ProgramTest, UnreadableInputIsNamedBeforeAnythingLoads) {
+    const std::string missing = (m_dir / "missing.pdf").string();
+    Result r = Run("import " + Quote(missing) + " --json " + Path("out.json"));
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "tarquil: cannot open " + missing + ": No such file or directory\n");
+    r = Run("import " + Path("home") + " --plugin " + Path("no-such-library.so"));
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "tarquil: cannot open " + (m_dir / "home").string() + ": Is a directory\n");
+    EXPECT_FALSE(fs::exists(m_dir / "out.json"));
+    EXPECT_FALSE(fs::exists(DefaultSettings()));
+}
+
+TEST_F(ProgramTest, PlugInAsTheHostSeesItAndItsOptionsButton) {
+    // The values themselves are the library's tests; here, the report's shape.
+    Result r = Run("plugin info --json");
+    ASSERT_EQ(r.status, 0) << r.err;
+    const json info = r.Json();
+    EXPECT_EQ(info["exports"].size(), 13u);
+    EXPECT_EQ(info["plugIn"]["title"], "Tarquil");
+    EXPECT_EQ(info["fileTypes"][2]["extensions"], json({"eps"}));
+    EXPECT_NE(Run("plugin info").out.find("  1  ai   Adobe Illustrator (*.ai)\n"),
+              std::string::npos);
+
+    // The options button saves what the dialog took, as an import would.
+    const std::string answers = Write("answers.json", R"([{"ImportScale": 2.5, "Units": 2}])");
+    r = Run("plugin options --type EPS --answers " + answers + " --settings " + Path("s.json"));
+    EXPECT_EQ(r.status, 0) << r.err;
+    const json section = ReadJson("s.json")["sections"]["5d2c7a14-9e3b-4c60-8f1a-2b6e07d4c391"];
+    EXPECT_EQ(section["EPS_ImportScale"]["value"], 2.5);
+    EXPECT_EQ(section["EPS_ImportUnit"]["value"], 2);
+
+    // A file that is no library is refused with the loader's reason.
+    const std::string text = Write("fake.so", "not a library");
+    for (const std::string& command : {"plugin info --plugin " + text,
+                                       "import " + kLines + " --settings none --plugin " + text}) {
+        r = Run(command);
+        EXPECT_EQ(r.status, 1) << command;
+        EXPECT_NE(r.err.find("tarquil: error: cannot load the plug-in: "), std::string::npos)
+            << r.err;
+    }
 }
 
 TEST_F(ProgramTest, ReportsOnStandardOutputAndModeFlags) {

@@ -1,0 +1,26 @@
+#pragma once
+// What `tarquil` does as a host around the importer library: where the library is, and how
+// the headless user interface answers the plug-in's questions.
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <optional>
+#include <string>
+
+// Declares `--plugin PATH` on a command.
+void AddPlugInOption(CLI::App& command, std::string& path);
+
+// The library that `--plugin` named, or, when it named none, the importer built beside this
+// program.
+std::string PlugInLibraryPath(const std::string& option);
+
+// How the host answers: the scripted answers first, then (when interactive) this terminal,
+// otherwise each question's default; the plug-in's messages echoed on standard error unless
+// quiet. Clears the messages of any earlier run.
+struct HostAnswers {
+    nlohmann::json script = nlohmann::json::array();
+    bool interactive = false;
+    bool quiet = false;
+    std::optional<std::string> stringAnswer; // to every string prompt, ahead of the script
+};
+void SetUpHostAnswers(const HostAnswers& answers);
