@@ -55,8 +55,9 @@ public:
 
     // Index 0 non-stroking, 1 stroking. Not saved by q: a cs inside q ... Q outlives the Q.
     std::string colorSpaceName[2];
-    std::map<std::string, ToUnicodeMap> fontToUnicode;
-    std::map<std::string, EncodingMap> fontEncoding;
+    // Per font resource name, the tables that Tf hands to the state (shared, not copied).
+    std::map<std::string, SharedToUnicodeMap> fontToUnicode;
+    std::map<std::string, SharedEncodingMap> fontEncoding;
 
     // Set when colour or image data are read past their end. Every later word returns it, so
     // the page's parse ends at once and the whole read fails with it: the data contradict
