@@ -326,8 +326,8 @@ void WriteDocumentJson(JsonWriter& out, const CVelmoDoc& doc, int result,
     const CVelmoHatchPatternTable& patterns = doc.HatchPatternTable();
     out.BeginObject();
     out.Key("result").Integer(result);
-    out.Key("modelUnits").String(UnitName(doc.ModelUnits()));
-    out.Key("pageUnits").String(UnitName(doc.PageUnits()));
+    out.Key("modelUnits").String(UnitName(doc.ModelUnits().UnitSystem()));
+    out.Key("pageUnits").String(UnitName(doc.PageUnits().UnitSystem()));
     out.Key("absoluteTolerance").Number(doc.AbsoluteTolerance());
     out.Key("layers");
     WriteList(out, layers.LayerCount(), [&](int i) { WriteLayer(out, layers, i); });
