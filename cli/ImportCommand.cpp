@@ -2,12 +2,14 @@
 
 #include "cli/DocumentJson.h"
 #include "cli/DocumentSvg.h"
+#include "cli/FontsFile.h"
 #include "cli/JsonWriter.h"
 #include "cli/ScriptedOptions.h"
 #include "cli/SettingsStore.h"
 #include "cli/UsageError.h"
 #include "host/base/CVelmoFileUtilities.h"
 #include "host/base/GK_String.h"
+#include "host/base/VmFontList.h"
 #include "host/ui/CVelmoApp.h"
 #include "host/ui/VmMessages.h"
 #include "host/ui/VmUiDriver.h"
@@ -17,7 +19,9 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
+#include <optional>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -125,6 +129,10 @@ CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args) {
                     "Folder for the image files that picture frames refer to (default: a "
                     "'tarquil' folder under $TMPDIR or /tmp); created when missing")
         ->type_name("DIR");
+    cmd->add_option("--fonts", args.fontsPath,
+                    "Match PDF fonts against the family names in FILE (UTF-8, one a line) "
+                    "instead of the installed fonts")
+        ->type_name("FILE");
     cmd->footer("Keys with a fixed type: PreserveModelScale, ImportFillsAsHatches, LoadText "
                 "(bool); PdfUnits, AiUnits, EpsUnits (int); VelmoScale, PDFScale, AiScale, "
                 "EpsScale (double). Other values are typed by their form.\n"
@@ -169,6 +177,9 @@ int RunImport(const ImportArguments& args) {
     const CVelmoFileReadOptions options = MakeReadOptions(args);
     const nlohmann::json answers =
         args.answersPath.empty() ? nlohmann::json::array() : ReadAnswersFile(args.answersPath);
+    std::optional<std::vector<std::wstring>> fonts;
+    if (!args.fontsPath.empty())
+        fonts = ReadFontsFile(args.fontsPath);
     const auto settingsPath = ResolveSettingsPath(args.settings, std::getenv);
     if (!settingsPath && args.settings != "none")
         std::cerr << "tarquil: warning: neither XDG_CONFIG_HOME nor HOME is set; the settings "
@@ -177,6 +188,7 @@ int RunImport(const ImportArguments& args) {
     CVelmoDoc doc;
     SetUpUserInterface(args, doc, answers);
     CVelmoFileUtilities::SetTempFolder(VmWideFromBytes(args.tempDir).c_str());
+    VmSetFontFamilies(std::move(fonts));
 
     // The modeller loads a plug-in once before its first use, then hands it its settings.
     CQuillonPlugIn& plugIn = ThePlugIn();

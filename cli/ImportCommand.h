@@ -24,7 +24,8 @@ struct ImportArguments {
     std::string jsonOut;
     int jsonIndent = -1; // spaces per level; negative: compact
     std::string svgOut;
-    std::string tempDir; // empty: the host's default temporary folder
+    std::string tempDir;   // empty: the host's default temporary folder
+    std::string fontsPath; // empty: the installed font families
 };
 
 // Declares the subcommand and its options on `parent`; parsing fills `args`.
