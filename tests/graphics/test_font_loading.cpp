@@ -50,6 +50,7 @@ TEST(FontLoading, TfLoadsEachNameOnce) {
     EXPECT_EQ(state.textAdvance, 750);
     EXPECT_EQ(state.missingWidth, 1000);
     EXPECT_EQ(graphics.fontToUnicode.at("F2")->at(1), u'\xDE00');
+    EXPECT_EQ(state.toUnicodeMap, graphics.fontToUnicode.at("F2")); // shared, not copied
 
     // A known name is not loaded again: F1's maps come back, but the widths stay F2's.
     state.calls.clear();

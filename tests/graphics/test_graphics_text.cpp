@@ -24,17 +24,8 @@ EncodingMap IdentityEncoding() {
     return map;
 }
 
-TEST(GraphicsText, TextStateAndFont) {
+TEST(GraphicsText, SetFontSharesTheTables) {
     RecordingState state;
-    state.SetCharSpacing(1.5);
-    state.SetWordSpacing(2.5);
-    state.SetHorizontalScale(80);
-    state.SetLeading(12);
-    EXPECT_EQ(state.charSpacing, 1.5);
-    EXPECT_EQ(state.wordSpacing, 2.5);
-    EXPECT_EQ(state.horizontalScale, 80.0);
-    EXPECT_EQ(state.leading, 12.0);
-
     // The tables are shared with the caller, not copied.
     const auto toUnicode = std::make_shared<const ToUnicodeMap>(ToUnicodeMap{{1, u'x'}});
     const auto encoding = std::make_shared<const EncodingMap>(EncodingMap{{65, 66}});
