@@ -5,6 +5,7 @@
 #include <fontconfig/fontconfig.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -27,6 +28,13 @@ struct FontSetDeleter {
 };
 
 std::vector<std::wstring> FontconfigFamilies() {
+    // fontconfig loads its configuration and caches on first use and keeps them for the
+    // process; they are handed back when it ends.
+    static const bool finishAtExit = [] {
+        std::atexit(FcFini);
+        return true;
+    }();
+    (void)finishAtExit;
     std::vector<std::string> names;
     // FcFontList on the current configuration, which fontconfig loads on first use.
     const std::unique_ptr<FcPattern, PatternDeleter> any(FcPatternCreate());
