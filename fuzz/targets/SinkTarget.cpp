@@ -2,8 +2,8 @@
 // pass: strokes, dash rows, clipping, fills, hatch creation and text objects, with no file
 // around them.
 #include "graphics/PDFGraphics.h"
-#include "host/doc/CVelmoDoc.h"
 #include "host/base/VmFontList.h"
+#include "host/doc/CVelmoDoc.h"
 #include "host/doc/CVelmoFileReadOptions.h"
 #include "host/ui/VmMessages.h"
 #include "output/PDFToVelmo.h"
