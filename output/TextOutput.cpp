@@ -26,7 +26,9 @@ unsigned Outcode(const PDFClipBox& box, double x, double y) {
            (y > box.ymax ? 8u : 0u);
 }
 
-// Each textual placement shares one base style, made on first need for the whole process.
+// The template of the styles this pass adds: the default style, with text that keeps its
+// direction rather than turning to face the viewer. Made on first need and kept for the
+// process.
 const GK_DimStyle& TextStyleBase() {
     static const GK_DimStyle base = [] {
         GK_DimStyle style = GK_DimStyle::DimStyleOrDefault(nullptr);
