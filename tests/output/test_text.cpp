@@ -37,11 +37,10 @@ protected:
                                             : L"print: " + m.text);
         return lines;
     }
-    static TextRecord Record(const std::string& font, double x = 0.0) {
+    static TextRecord Record(const std::string& font) {
         TextRecord record;
-        record.text = u"t";
+        record.text.assign(1, u't');
         record.a = record.d = 1.0;
-        record.e = x;
         record.fontFamily = font;
         return record;
     }
