@@ -148,6 +148,28 @@ void WriteHatchPattern(JsonWriter& out, const GK_HatchPattern& pattern, int inde
     out.EndObject();
 }
 
+void WriteFont(JsonWriter& out, const GK_Font& font) {
+    out.BeginObject();
+    out.Key("family");
+    WriteText(out, font.FamilyName());
+    out.Key("bold").Bool(font.IsBold());
+    out.Key("italic").Bool(font.IsItalic());
+    out.EndObject();
+}
+
+void WriteDimStyle(JsonWriter& out, const GK_DimStyle& style, int index) {
+    out.BeginObject();
+    out.Key("index").Integer(index);
+    out.Key("name");
+    WriteText(out, style.Name());
+    out.Key("font");
+    WriteFont(out, style.Font());
+    out.Key("textHeight").Number(style.TextHeight());
+    out.Key("dimScale").Number(style.DimScale());
+    out.Key("drawForward").Bool(style.DrawForward());
+    out.EndObject();
+}
+
 // The members a curve object adds to the common ones.
 void WriteCurveMembers(JsonWriter& out, const CVelmoCurveObject* object) {
     const GK_Curve* curve = object ? object->Curve() : nullptr;
@@ -204,6 +226,21 @@ void WritePictureMembers(JsonWriter& out, const CVelmoPictureFrameObject& object
     out.Key("height").Number(frame.Height());
     out.Key("path");
     WriteText(out, object.Path());
+}
+
+// The text, its frame and height, the document style it derives from and its font. The host
+// refuses text without a positive, finite height, so every number here is finite.
+void WriteTextMembers(JsonWriter& out, const CVelmoTextObject& object) {
+    const GK_Text& text = object.Text();
+    out.Key("text");
+    WriteText(out, text.Text());
+    out.Key("plane");
+    WritePlane(out, text.Plane());
+    out.Key("height").Number(text.Height());
+    out.Key("dimStyle");
+    WriteIndexOrNull(out, object.Style().ParentIndex());
+    out.Key("font");
+    WriteFont(out, object.Style().Font());
 }
 
 void WriteViews(JsonWriter& out, const CVelmoDoc& doc) {
@@ -301,8 +338,7 @@ void WriteObjectJson(JsonWriter& out, const CVelmoObject& object) {
         WritePictureMembers(out, static_cast<const CVelmoPictureFrameObject&>(object));
         break;
     case CVelmoObject::text_object:
-        // The host has no document class for text yet; its members are added here when it
-        // does.
+        WriteTextMembers(out, static_cast<const CVelmoTextObject&>(object));
         break;
     }
     out.EndObject();
@@ -324,10 +360,11 @@ void WriteDocumentJson(JsonWriter& out, const CVelmoDoc& doc, int result,
     const CVelmoLayerTable& layers = doc.LayerTable();
     const CVelmoLinetypeTable& linetypes = doc.LinetypeTable();
     const CVelmoHatchPatternTable& patterns = doc.HatchPatternTable();
+    const CVelmoDimStyleTable& dimStyles = doc.DimStyleTable();
     out.BeginObject();
     out.Key("result").Integer(result);
-    out.Key("modelUnits").String(UnitName(doc.ModelUnits()));
-    out.Key("pageUnits").String(UnitName(doc.PageUnits()));
+    out.Key("modelUnits").String(UnitName(doc.ModelUnits().UnitSystem()));
+    out.Key("pageUnits").String(UnitName(doc.PageUnits().UnitSystem()));
     out.Key("absoluteTolerance").Number(doc.AbsoluteTolerance());
     out.Key("layers");
     WriteList(out, layers.LayerCount(), [&](int i) { WriteLayer(out, layers, i); });
@@ -337,6 +374,8 @@ void WriteDocumentJson(JsonWriter& out, const CVelmoDoc& doc, int result,
     out.Key("hatchPatterns");
     WriteList(out, patterns.HatchPatternCount(),
               [&](int i) { WriteHatchPattern(out, patterns[i], i); });
+    out.Key("dimStyles");
+    WriteList(out, dimStyles.DimStyleCount(), [&](int i) { WriteDimStyle(out, dimStyles[i], i); });
     out.Key("objects");
     WriteList(out, doc.ObjectCount(), [&](int i) { WriteObjectJson(out, doc.Object(i)); });
     out.Key("messages");

@@ -15,6 +15,10 @@ namespace {
 // Text is handed to the stream in pieces of about this size.
 constexpr std::size_t kSpillSize = 1 << 16;
 
+// A text object's height is that of its capitals, which in common fonts are about this part
+// of the em that SVG's font-size sets.
+constexpr double kCapHeightPerEm = 0.7;
+
 std::string FixedNumber(double v) {
     char buf[64];
     const auto r = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::fixed, 2);
@@ -135,8 +139,11 @@ private:
             m_buffer += "<style>" + rule + "{display:none}</style>\n";
     }
 
-    // The geometry of the objects the picture draws: curves, hatches and picture frames.
+    // The geometry of the objects the picture draws: curves, hatches, picture frames and
+    // texts (whose box the host only estimates).
     static const GK_Geometry* Drawn(const CVelmoObject& object) {
+        if (const auto* text = dynamic_cast<const CVelmoTextObject*>(&object))
+            return &text->Text();
         if (const auto* curve = dynamic_cast<const CVelmoCurveObject*>(&object))
             return curve->Curve();
         if (const auto* hatch = dynamic_cast<const CVelmoHatch*>(&object))
@@ -160,6 +167,43 @@ private:
                     "preserveAspectRatio=\"none\" transform=\"matrix(";
         AppendNumbers({x.x, -x.y, -y.x, y.y, plane.origin.x + y.x, -(plane.origin.y + y.y)});
         m_buffer += ")\" xlink:href=\"" + XmlEscape(UriPath(object.Path().str())) + "\"/>\n";
+    }
+
+    // The text on its frame, baseline through the origin, in its font's family, weight and
+    // slant. The frame's axes carry any rotation, slant or mirror; SVG's y runs down, so the
+    // y axis is negated on the way in and the picture's y on the way out.
+    void WriteText(const CVelmoTextObject& object, const GK_Color& color) {
+        const GK_Text& text = object.Text();
+        if (!text.IsValid())
+            return;
+        const GK_Plane& plane = text.Plane();
+        const GK_Font& font = object.Style().Font();
+        EnterLayer(object.Attributes().m_layer_index);
+        m_buffer += "  <text transform=\"matrix(";
+        AppendNumbers({plane.xaxis.x, -plane.xaxis.y, -plane.yaxis.x, plane.yaxis.y, plane.origin.x,
+                       -plane.origin.y});
+        m_buffer += ")\" font-family=\"" + XmlEscape(CssString(font.FamilyName().str())) +
+                    "\" font-size=\"";
+        AppendNumber(text.Height() / kCapHeightPerEm, m_buffer);
+        m_buffer += '"';
+        if (font.IsBold())
+            m_buffer += " font-weight=\"bold\"";
+        if (font.IsItalic())
+            m_buffer += " font-style=\"italic\"";
+        m_buffer += " fill=\"" + HexColor(color) + "\" xml:space=\"preserve\">" +
+                    XmlEscape(text.Text().str()) + "</text>\n";
+    }
+
+    // A family name as a quoted CSS string, so that names with digits or odd characters
+    // stay one name.
+    static std::wstring CssString(const std::wstring& name) {
+        std::wstring quoted = L"'";
+        for (wchar_t c : name) {
+            if (c == L'\'' || c == L'\\')
+                quoted += L'\\';
+            quoted += c;
+        }
+        return quoted + L"'";
     }
 
     // A file path as a URI reference: characters that URIs do not allow are escaped.
@@ -247,9 +291,13 @@ private:
             WritePicture(*picture);
             return;
         }
+        if (const auto* text = dynamic_cast<const CVelmoTextObject*>(&object)) {
+            WriteText(*text, color);
+            return;
+        }
         const auto* curveObject = dynamic_cast<const CVelmoCurveObject*>(&object);
         if (!curveObject || !curveObject->Curve())
-            return; // text is not drawn
+            return;
         AppendCurvePathData(*curveObject->Curve(), m_path);
         if (m_path.empty())
             return;

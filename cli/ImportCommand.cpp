@@ -2,6 +2,7 @@
 
 #include "cli/DocumentJson.h"
 #include "cli/DocumentSvg.h"
+#include "cli/FontsFile.h"
 #include "cli/JsonWriter.h"
 #include "cli/MemoryLimit.h"
 #include "cli/PlugInHost.h"
@@ -11,6 +12,7 @@
 #include "cli/UsageError.h"
 #include "host/base/CVelmoFileUtilities.h"
 #include "host/base/GK_String.h"
+#include "host/base/VmFontList.h"
 #include "host/plugin/VmPlugInLibrary.h"
 #include "host/ui/VmMessages.h"
 
@@ -21,9 +23,11 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
+#include <optional>
 #include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -87,10 +91,12 @@ std::optional<std::string> WhyUnreadable(const std::string& path) {
 // The host as the options set it up, before the plug-in is loaded. Options that configure
 // the host itself belong here. The modeller runs without windows unless a person is there to
 // answer.
-void PrepareHost(const ImportArguments& args, const nlohmann::json& answers, CVelmoDoc& doc) {
+void PrepareHost(const ImportArguments& args, const nlohmann::json& answers, CVelmoDoc& doc,
+                 std::optional<std::vector<std::wstring>> fonts) {
     SetUpHostAnswers({answers, args.interactive, args.quiet, args.pages});
     doc.SetHeadless(!args.interactive);
     CVelmoFileUtilities::SetTempFolder(VmWideFromBytes(args.tempDir).c_str());
+    VmSetFontFamilies(std::move(fonts));
 }
 
 CVelmoFileReadOptions MakeReadOptions(const ImportArguments& args) {
@@ -155,6 +161,10 @@ CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args) {
                     "ends with its out-of-memory message")
         ->type_name("SIZE");
     AddPlugInOption(*cmd, args.plugIn);
+    cmd->add_option("--fonts", args.fontsPath,
+                    "Match PDF fonts against the family names in FILE (UTF-8, one a line) "
+                    "instead of the installed fonts")
+        ->type_name("FILE");
     cmd->footer("Keys with a fixed type: PreserveModelScale, ImportFillsAsHatches, LoadText "
                 "(bool); PdfUnits, AiUnits, EpsUnits (int); VelmoScale, PDFScale, AiScale, "
                 "EpsScale (double). Other values are typed by their form.\n"
@@ -204,13 +214,16 @@ int RunImport(const ImportArguments& args) {
     const CVelmoFileReadOptions options = MakeReadOptions(args);
     const nlohmann::json answers =
         args.answersPath.empty() ? nlohmann::json::array() : ReadAnswersFile(args.answersPath);
+    std::optional<std::vector<std::wstring>> fonts;
+    if (!args.fontsPath.empty())
+        fonts = ReadFontsFile(args.fontsPath);
     const auto settingsPath = ResolveSettingsPath(args.settings, std::getenv);
     if (!settingsPath && args.settings != "none")
         std::cerr << "tarquil: warning: neither XDG_CONFIG_HOME nor HOME is set; the settings "
                      "are neither loaded nor saved\n";
 
     CVelmoDoc doc;
-    PrepareHost(args, answers, doc);
+    PrepareHost(args, answers, doc, std::move(fonts));
 
     // The modeller loads a plug-in before its first use and hands it its settings; it takes
     // them back when it unloads the plug-in.

@@ -27,6 +27,7 @@ struct ImportArguments {
     std::string tempDir;   // empty: the host's default temporary folder
     std::string maxMemory; // empty: half of the machine's memory
     std::string plugIn; // empty: the library beside the program
+    std::string fontsPath; // empty: the installed font families
 };
 
 // Declares the subcommand and its options on `parent`; parsing fills `args`.

@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include <charconv>
+#include <utility>
 
 namespace {
 
@@ -368,13 +369,13 @@ void TraceState::SetTextRenderMode(int mode) {
     PDFGraphicsState::SetTextRenderMode(mode);
 }
 
-void TraceState::SetFont(const std::string& name, double size, const ToUnicodeMap& toUnicode,
-                         const EncodingMap& encoding) {
+void TraceState::SetFont(const std::string& name, double size, SharedToUnicodeMap toUnicode,
+                         SharedEncodingMap encoding) {
     // The tables are shown by their sizes: their entries would swamp the trace.
     Note("SetFont", {TraceValue::ByteString(name), TraceValue::Num(size),
-                     TraceValue::Num(static_cast<double>(toUnicode.size())),
-                     TraceValue::Num(static_cast<double>(encoding.size()))});
-    PDFGraphicsState::SetFont(name, size, toUnicode, encoding);
+                     TraceValue::Num(toUnicode ? static_cast<double>(toUnicode->size()) : 0.0),
+                     TraceValue::Num(encoding ? static_cast<double>(encoding->size()) : 0.0)});
+    PDFGraphicsState::SetFont(name, size, std::move(toUnicode), std::move(encoding));
 }
 
 void TraceState::SetTextRise(double rise) {

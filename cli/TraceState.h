@@ -74,8 +74,8 @@ public:
     void SetHorizontalScale(double scale) override;
     void SetLeading(double value) override;
     void SetTextRenderMode(int mode) override;
-    void SetFont(const std::string& name, double size, const ToUnicodeMap& toUnicode,
-                 const EncodingMap& encoding) override;
+    void SetFont(const std::string& name, double size, SharedToUnicodeMap toUnicode,
+                 SharedEncodingMap encoding) override;
     void SetTextRise(double rise) override;
     void BeginText() override;
     void FlushTextRun(double start) override;

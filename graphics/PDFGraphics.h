@@ -55,8 +55,9 @@ public:
 
     // Index 0 non-stroking, 1 stroking. Not saved by q: a cs inside q ... Q outlives the Q.
     std::string colorSpaceName[2];
-    std::map<std::string, ToUnicodeMap> fontToUnicode;
-    std::map<std::string, EncodingMap> fontEncoding;
+    // Per font resource name, the tables that Tf hands to the state (shared, not copied).
+    std::map<std::string, SharedToUnicodeMap> fontToUnicode;
+    std::map<std::string, SharedEncodingMap> fontEncoding;
 
     // Set when colour or image data are read past their end (the data contradict their own
     // dictionary, so nothing drawn from them can be trusted) or when saved states nest beyond

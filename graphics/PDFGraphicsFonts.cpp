@@ -3,6 +3,7 @@
 #include "fonts/FontLoader.h"
 #include "graphics/PDFGraphics.h"
 
+#include <memory>
 #include <utility>
 
 void PDFGraphics::LoadFont(const std::string& name) {
@@ -25,12 +26,13 @@ void PDFGraphics::LoadFont(const std::string& name) {
     fontEncoding.erase(name);
     fontToUnicode.erase(name);
     if (font.encoding)
-        fontEncoding[name] = std::move(*font.encoding);
+        fontEncoding[name] = std::make_shared<const EncodingMap>(std::move(*font.encoding));
     if (font.toUnicode) {
         // Here the CMap's 32-bit values are cut to one UTF-16 unit, their low 16 bits: a
         // surrogate pair or two units keep only the last unit in the text.
-        ToUnicodeMap& map = fontToUnicode[name];
+        auto map = std::make_shared<ToUnicodeMap>();
         for (const auto& [code, value] : *font.toUnicode)
-            map.emplace_hint(map.end(), code, static_cast<char16_t>(value & 0xFFFF));
+            map->emplace_hint(map->end(), code, static_cast<char16_t>(value & 0xFFFF));
+        fontToUnicode[name] = std::move(map);
     }
 }

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,11 @@ struct PDFImage;
 
 // Character code to one UTF-16 unit, ordered by code: a font's ToUnicode table.
 using ToUnicodeMap = std::map<std::uint32_t, char16_t>;
+// A font's tables are made once per page and font name and shared, never copied: an Identity
+// table has 65,536 entries and a page may select its font thousands of times. Null stands
+// for an empty table.
+using SharedToUnicodeMap = std::shared_ptr<const ToUnicodeMap>;
+using SharedEncodingMap = std::shared_ptr<const EncodingMap>;
 
 // Device-space box of the page's clip.
 struct PDFClipBox {
@@ -88,8 +94,8 @@ public:
     virtual void SetHorizontalScale(double scale);
     virtual void SetLeading(double value);
     virtual void SetTextRenderMode(int mode);
-    virtual void SetFont(const std::string& name, double size, const ToUnicodeMap& toUnicode,
-                         const EncodingMap& encoding);
+    virtual void SetFont(const std::string& name, double size, SharedToUnicodeMap toUnicode,
+                         SharedEncodingMap encoding);
     virtual void SetTextRise(double rise);
     virtual void BeginText();
     // `start` is where pendingText begins along the line, in thousandths of fontSize.
@@ -169,8 +175,9 @@ public:
     std::string optionalContentName;
     bool paintingEnabled = true;
     std::vector<PDFSavedFrame> stateStack;
-    ToUnicodeMap toUnicodeMap;
-    EncodingMap encodingMap;
+    // The current font's tables, shared with the interpreter; null when empty.
+    SharedToUnicodeMap toUnicodeMap;
+    SharedEncodingMap encodingMap;
 
 private:
     void AppendPoint(double x, double y, char kind);

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 void PDFGraphicsState::SetCharSpacing(double spacing) {
     charSpacing = spacing;
@@ -26,12 +27,12 @@ void PDFGraphicsState::SetLeading(double value) {
 
 void PDFGraphicsState::SetTextRenderMode(int /*mode*/) {}
 
-void PDFGraphicsState::SetFont(const std::string& name, double size, const ToUnicodeMap& toUnicode,
-                               const EncodingMap& encoding) {
+void PDFGraphicsState::SetFont(const std::string& name, double size, SharedToUnicodeMap toUnicode,
+                               SharedEncodingMap encoding) {
     fontName = name;
     fontSize = size;
-    toUnicodeMap = toUnicode;
-    encodingMap = encoding;
+    toUnicodeMap = std::move(toUnicode);
+    encodingMap = std::move(encoding);
 }
 
 void PDFGraphicsState::SetTextRise(double /*rise*/) {}
@@ -62,14 +63,17 @@ void PDFGraphicsState::SetTextMatrix(double a, double b, double c, double d, dou
 
 void PDFGraphicsState::AppendText(const std::string& bytes, double& advance) {
     std::u16string decoded;
-    const bool ok = toUnicodeMap.empty() ? DecodePlainText(bytes, advance, decoded)
-                                         : DecodeMappedText(bytes, advance, decoded);
+    const bool mapped = toUnicodeMap && !toUnicodeMap->empty();
+    const bool ok = !mapped ? DecodePlainText(bytes, advance, decoded)
+                            : DecodeMappedText(bytes, advance, decoded);
     if (ok)
         pendingText += decoded;
 }
 
 bool PDFGraphicsState::DecodeMappedText(const std::string& bytes, double& advance,
                                         std::u16string& out) {
+    static const ToUnicodeMap none;
+    const ToUnicodeMap& map = toUnicodeMap ? *toUnicodeMap : none;
     double acc = advance;
     std::size_t p = 0;
     while (p < bytes.size()) {
@@ -77,21 +81,21 @@ bool PDFGraphicsState::DecodeMappedText(const std::string& bytes, double& advanc
         // knows wins. Past the end, the code is shifted with nothing added.
         std::uint32_t code = 0;
         std::size_t length = 0;
-        ToUnicodeMap::const_iterator hit = toUnicodeMap.end();
+        ToUnicodeMap::const_iterator hit = map.end();
         for (std::size_t n = 1; n <= 4; ++n) {
             code <<= 8;
             if (p + n - 1 < bytes.size())
                 code |= static_cast<unsigned char>(bytes[p + n - 1]);
             if (code != 0) {
-                hit = toUnicodeMap.find(code);
-                if (hit != toUnicodeMap.end()) {
+                hit = map.find(code);
+                if (hit != map.end()) {
                     length = n;
                     break;
                 }
             }
         }
         // One undecodable code drops the whole string, its advance included.
-        if (hit == toUnicodeMap.end())
+        if (hit == map.end())
             return false;
         out.push_back(hit->second);
         const auto width = widths.find(static_cast<std::int32_t>(code));
@@ -111,7 +115,7 @@ bool PDFGraphicsState::DecodePlainText(const std::string& bytes, double& advance
     double acc = advance;
     bool twoBytes = false;
     if (bytes.size() % 2 == 0) {
-        twoBytes = encodingMap.size() == 65536;
+        twoBytes = encodingMap && encodingMap->size() == 65536;
         // A control byte, or any byte from 0x80 up, at an even index marks two-byte codes.
         for (std::size_t i = 0; !twoBytes && i < bytes.size(); i += 2)
             twoBytes = static_cast<signed char>(bytes[i]) < 32;

@@ -52,6 +52,7 @@ bool PDFGraphics::TextOp(std::uint32_t op) {
         // Known by name alone: a second Tf of a loaded name keeps the last loaded widths.
         if (fontToUnicode.find(name) == fontToUnicode.end())
             LoadFont(name);
+        // The entries exist from here on, null (empty) when the font had no such table.
         state->SetFont(name, size, fontToUnicode[name], fontEncoding[name]);
         return true;
     }

@@ -5,6 +5,7 @@
 #include "host/doc/CVelmoFileReadOptions.h"
 #include "host/geometry/GK_Curve.h"
 #include "host/geometry/GK_Hatch.h"
+#include "output/MissingFonts.h"
 #include "output/PDFToVelmo.h"
 
 namespace {
@@ -17,7 +18,7 @@ constexpr double kMillimetresPerPoint = 0.35277777777777775;
 void PDFToVelmo::CommitToDocument(double scale, const GK_3dVector& translation, bool loadText,
                                   bool boundaryCurves, bool importLineWeights,
                                   bool showMissingFontsDialog) {
-    // Not built yet: clearing the missing-font flag belongs first here.
+    ClearFontWasMissing();
 
     CVelmoLayerTable& layers = doc->LayerTable();
     for (const auto& [index, colour] : layerColours) {
@@ -80,9 +81,18 @@ void PDFToVelmo::CommitToDocument(double scale, const GK_3dVector& translation, 
         }
     }
 
-    // Not built yet: the text pass and, with loadText, a default dimension style when the
-    // document has none.
-    (void)loadText;
+    // Text comes after all curves and hatches. Without loadText the records are not looked
+    // at: no font is enumerated and none is reported missing.
+    std::uint32_t missingCount = 0;
+    if (loadText) {
+        missingCount = AddTextObjects(scale, translation);
+        CVelmoDimStyleTable& styles = doc->DimStyleTable();
+        if (styles.DimStyleCount() == 0) {
+            GK_DimStyle style = styles.GetDefaultDimStyleProperties();
+            style.SetDimScale(1.0);
+            styles.AddDimStyle(style, doc->ReadingReferenceModel());
+        }
+    }
 
     // Images are always imported; each record goes once its file and frame are made.
     const PDFMatrix toModel{scale, 0.0, 0.0, scale, scale * translation.x, scale * translation.y};
@@ -93,8 +103,10 @@ void PDFToVelmo::CommitToDocument(double scale, const GK_3dVector& translation, 
         image = nullptr;
     }
 
-    // Not built yet: the missing-font report.
-    (void)showMissingFontsDialog;
+    // The report does not stop anything: text and images are in the document by now.
+    if (FontWasMissing())
+        ReportMissingFonts(missingCount, readOptions->Mode(CVelmoFileReadOptions::BatchModeFlag),
+                           showMissingFontsDialog);
     doc->Redraw();
 
     for (PendingObject& pending : pendingObjects) {

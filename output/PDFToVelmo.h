@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 class CVelmoDoc;
@@ -40,6 +41,9 @@ public:
     void EoFill() override;
     // Every path element on its way to curves, for strokes and fills: clips and builds.
     void AddPathElement(const PathElement& element) override;
+    // Keeps the pending run as a record in page space, unless its first em square lies wholly
+    // outside the page box; empties pendingText either way.
+    void FlushTextRun(double start) override;
     void ColourChanged(std::uint32_t red, std::uint32_t green, std::uint32_t blue) override;
     void SetOptionalContentName(const std::string& name) override;
     void OptionalContentLoaded(const std::map<std::string, OptionalContentGroup>& groups) override;
@@ -51,6 +55,12 @@ public:
     // The finishing pass: page space to model space by translation, then scale.
     void CommitToDocument(double scale, const GK_3dVector& translation, bool loadText,
                           bool boundaryCurves, bool importLineWeights, bool showMissingFontsDialog);
+    // The text pass: a text object per record, in the installed family that matches its
+    // font. Returns how many font names were newly found missing.
+    std::uint32_t AddTextObjects(double scale, const GK_3dVector& translation);
+    // Adds `name` to missingFonts and says so on the command line, once per name. True when
+    // the name is new.
+    bool NoteMissingFont(const std::string& name);
     // Index of the linetype for a dash of 2 or 4 lengths, added when its name is new.
     int FindOrAddLinetype(const std::vector<double>& dash);
     // Writes the image's file and frames it on its corners taken through `matrix` (page
@@ -94,6 +104,8 @@ private:
     // Clip and path in one painting operation: set up at its start.
     PathClip clip;
     std::vector<double> clipPairs;
+    // The names of missingFonts, for finding them fast.
+    std::unordered_set<std::string> missingFontNames;
 };
 
 // The curve that goes to the model for a curve built from the path: straight work as a

@@ -220,3 +220,21 @@ std::wstring VmWideFromBytes(const std::string& bytes) {
         out += static_cast<wchar_t>(b);
     return out;
 }
+
+std::wstring VmWideFromUtf16(std::u16string_view text) {
+    std::wstring out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char32_t unit = text[i];
+        if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+            text[i + 1] <= 0xDFFF) {
+            out += static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10) + (text[i + 1] - 0xDC00));
+            ++i;
+        } else if (unit >= 0xD800 && unit <= 0xDFFF) {
+            out += static_cast<wchar_t>(0xFFFD);
+        } else {
+            out += static_cast<wchar_t>(unit);
+        }
+    }
+    return out;
+}

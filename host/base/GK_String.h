@@ -2,6 +2,7 @@
 // Strings of the host: GK_wString is wide text for the user, GK_String a byte string.
 #include <cstdarg>
 #include <string>
+#include <string_view>
 
 class GK_String {
 public:
@@ -64,6 +65,9 @@ std::string VmUtf8FromWide(const std::wstring& text);
 std::wstring VmWideFromUtf8(const std::string& bytes);
 // Any bytes to wide text: UTF-8 if valid, else Latin-1.
 std::wstring VmWideFromBytes(const std::string& bytes);
+// UTF-16 text to wide text: surrogate pairs are joined, and a surrogate without its partner
+// becomes U+FFFD.
+std::wstring VmWideFromUtf16(std::u16string_view text);
 // The same formatting as GK_wString::Format, into a std::wstring.
 std::wstring VmFormatV(const wchar_t* format, va_list args);
 std::wstring VmFormat(const wchar_t* format, ...);

@@ -45,6 +45,20 @@ bool CVelmoDoc::AddObject(CVelmoObject* object, bool referenceObject, bool /*inH
     return true;
 }
 
+const CVelmoTextObject* CVelmoDoc::AddTextObject(const GK_wString& text, const GK_Plane& plane,
+                                                 const GK_3dPoint& point, const GK_DimStyle& style,
+                                                 const CVelmoObjectAttributes& attributes) {
+    GK_Plane placed = plane;
+    placed.origin = point;
+    // The height is the style's: a zero or undefined one is refused here with the plane, so
+    // that no text without a size reaches the document.
+    auto* object = new CVelmoTextObject(GK_Text(text, placed, style.TextHeight()), style);
+    object->SetAttributes(attributes);
+    if (!AddObject(object, false, false))
+        return nullptr;
+    return static_cast<const CVelmoTextObject*>(m_objects.back().get());
+}
+
 int CVelmoDoc::GetViewList(std::vector<CVelmoView*>& views, int typeFilter) const {
     views.clear();
     for (const auto& v : m_views)

@@ -1,14 +1,14 @@
 #pragma once
 // The in-memory document: tables, objects, views and the settings that affect an import.
+#include "host/doc/CVelmoDimStyleTable.h"
 #include "host/doc/CVelmoLayerTable.h"
 #include "host/doc/CVelmoLinetypeTable.h"
 #include "host/doc/CVelmoObject.h"
+#include "host/doc/GK_UnitSystem.h"
 
 #include <cstdint>
 #include <memory>
 #include <vector>
-
-enum class VmLengthUnit { Millimeters, Centimeters, Meters, Inches, Feet, Points };
 
 class CVelmoView {
 public:
@@ -66,21 +66,36 @@ public:
     const CVelmoLinetypeTable& LinetypeTable() const { return m_linetypes; }
     CVelmoHatchPatternTable& HatchPatternTable() { return m_hatchPatterns; }
     const CVelmoHatchPatternTable& HatchPatternTable() const { return m_hatchPatterns; }
+    CVelmoDimStyleTable& DimStyleTable() { return m_dimStyles; }
+    const CVelmoDimStyleTable& DimStyleTable() const { return m_dimStyles; }
     // The document's own solid pattern, which is in the hatch pattern table only once added.
     const GK_HatchPattern& SolidHatchPattern() const { return m_solidPattern; }
 
     // Takes the object over. Returns false, and deletes it, when it has no valid geometry or
     // names a layer that does not exist.
     bool AddObject(CVelmoObject* object, bool referenceObject = false, bool inHistory = false);
+    // Makes a text object of `text` on `plane`, moved to `point`, in the font and height of
+    // `style`, and adds it. Returns the object (owned by the document), or null when the text
+    // is empty, the plane is no valid frame, the height is not positive and finite, or the
+    // layer does not exist: a refused text never reaches the document.
+    const CVelmoTextObject* AddTextObject(const GK_wString& text, const GK_Plane& plane,
+                                          const GK_3dPoint& point, const GK_DimStyle& style,
+                                          const CVelmoObjectAttributes& attributes);
     int ObjectCount() const { return static_cast<int>(m_objects.size()); }
     const CVelmoObject& Object(int index) const { return *m_objects[index]; }
 
     double AbsoluteTolerance() const { return m_tolerance; }
     void SetAbsoluteTolerance(double tolerance) { m_tolerance = tolerance; }
-    VmLengthUnit ModelUnits() const { return m_modelUnits; }
+    const GK_UnitSystem& ModelUnits() const { return m_modelUnits; }
     void SetModelUnits(VmLengthUnit units) { m_modelUnits = units; }
-    VmLengthUnit PageUnits() const { return m_pageUnits; }
+    const GK_UnitSystem& PageUnits() const { return m_pageUnits; }
     void SetPageUnits(VmLengthUnit units) { m_pageUnits = units; }
+    // The length unit of the model.
+    VmLengthUnit UnitSystem() const { return m_modelUnits.UnitSystem(); }
+    // Whether the document is being read in as a reference model; tables mark what they get
+    // then as reference. A document of its own, as here, is not.
+    bool ReadingReferenceModel() const { return m_readingReference; }
+    void SetReadingReferenceModel(bool reading) { m_readingReference = reading; }
 
     // The views of the given type (0 for all); returns their count.
     int GetViewList(std::vector<CVelmoView*>& views, int typeFilter) const;
@@ -98,12 +113,14 @@ private:
     CVelmoLayerTable m_layers;
     CVelmoLinetypeTable m_linetypes;
     CVelmoHatchPatternTable m_hatchPatterns;
+    CVelmoDimStyleTable m_dimStyles;
     GK_HatchPattern m_solidPattern;
     std::vector<std::unique_ptr<CVelmoObject>> m_objects;
     std::vector<std::unique_ptr<CVelmoView>> m_views;
     double m_tolerance = 0.001;
-    VmLengthUnit m_modelUnits = VmLengthUnit::Millimeters;
-    VmLengthUnit m_pageUnits = VmLengthUnit::Millimeters;
+    GK_UnitSystem m_modelUnits{VmLengthUnit::Millimeters};
+    GK_UnitSystem m_pageUnits{VmLengthUnit::Millimeters};
+    bool m_readingReference = false;
     int m_redraws = 0;
     bool m_headless = false;
 };

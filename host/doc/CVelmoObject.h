@@ -2,9 +2,11 @@
 // Document objects and their attributes.
 #include "host/base/GK_String.h"
 #include "host/doc/GK_Color.h"
+#include "host/doc/GK_DimStyle.h"
 #include "host/geometry/GK_Curve.h"
 #include "host/geometry/GK_Hatch.h"
 #include "host/geometry/GK_PictureFrame.h"
+#include "host/geometry/GK_Text.h"
 
 #include <memory>
 
@@ -97,4 +99,21 @@ public:
 private:
     GK_PictureFrame m_frame;
     GK_wString m_path;
+};
+
+// A text object: its geometry and the annotation style it was made with, which names the
+// font and the height and remembers the document style it derives from.
+class CVelmoTextObject : public CVelmoObject {
+public:
+    CVelmoTextObject(const GK_Text& text, const GK_DimStyle& style)
+        : m_text(text), m_style(style) {}
+    Kind ObjectKind() const override { return text_object; }
+    const GK_Geometry* Geometry() const override { return &m_text; }
+
+    const GK_Text& Text() const { return m_text; }
+    const GK_DimStyle& Style() const { return m_style; }
+
+private:
+    GK_Text m_text;
+    GK_DimStyle m_style;
 };

@@ -243,6 +243,38 @@ TEST(DocumentJson, ObjectsAndCurves) {
             .is_null());
 }
 
+// A text names its table style and its own font and height; the table comes before the
+// objects that refer to it.
+TEST(DocumentJson, TextObjectsAndTheirStyles) {
+    CVelmoDoc doc;
+    const GK_Font* font = GK_Font::GetManagedFont(L"Times New Roman", false, true);
+    const int index = doc.DimStyleTable().FindDimStyleFromFont(font, 1.0, nullptr, true);
+    const GK_DimStyle style = GK_DimStyle::CreateFromProperties(
+        doc.DimStyleTable()[index], GK_DimStyle::annotation_text, nullptr, 1.0, 2.5,
+        VmLengthUnit::Millimeters, GK_DimStyle::valign_bottom, GK_DimStyle::halign_left);
+    CVelmoObjectAttributes attributes;
+    attributes.m_color = GK_Color(0, 0, 255);
+    attributes.SetColorSource(GK_3dmObjectAttributes::color_from_object);
+    const GK_Plane mirrored({1, 2, 0}, GK_3dVector(-1, 0, 0), GK_3dVector(0, 1, 0));
+    ASSERT_NE(
+        doc.AddTextObject(L"\u00c9t\u00e9 \U0001F600", mirrored, {1, 2, 0}, style, attributes),
+        nullptr);
+
+    const std::string text = DocumentText(doc);
+    EXPECT_LT(text.find("\"hatchPatterns\""), text.find("\"dimStyles\""));
+    EXPECT_LT(text.find("\"dimStyles\""), text.find("\"objects\""));
+    const json j = json::parse(text);
+    EXPECT_EQ(j["dimStyles"], json::parse(R"([{"index": 0, "name": "Times New Roman Italic",
+        "font": {"family": "Times New Roman", "bold": false, "italic": true},
+        "textHeight": 1.0, "dimScale": 1.0, "drawForward": true}])"));
+    EXPECT_EQ(j["objects"][0], json::parse(R"({"kind": "text", "layer": 0, "color": [0, 0, 255],
+        "colorSource": "object", "linetype": null, "linetypeSource": "layer", "plotWeight": 0.0,
+        "plotWeightSource": "layer", "reference": false, "text": "\u00c9t\u00e9 \ud83d\ude00",
+        "plane": {"origin": [1, 2, 0], "xaxis": [-1, 0, 0], "yaxis": [0, 1, 0]},
+        "height": 2.5, "dimStyle": 0,
+        "font": {"family": "Times New Roman", "bold": false, "italic": true}})"));
+}
+
 GK_PolylineCurve* Square(double x0, double y0, double size) {
     GK_SimpleArray<GK_3dPoint> points;
     for (const auto& [x, y] : {std::pair{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}})

@@ -211,6 +211,45 @@ TEST(DocumentSvg, PicturesShowTheirFileOnTheFrame) {
     EXPECT_GT(box[0] + box[2], 17.0);
 }
 
+// Texts stand on their frames, turned or mirrored, in the family, weight and slant of their
+// font, sized so that their capitals have the text's height; the viewBox takes them in.
+TEST(DocumentSvg, TextsOnTheirFramesInTheirFonts) {
+    CVelmoDoc doc;
+    CVelmoObjectAttributes attributes;
+    attributes.m_color = GK_Color(255, 0, 0);
+    attributes.SetColorSource(GK_3dmObjectAttributes::color_from_object);
+    GK_DimStyle style;
+    style.SetTextHeight(7.0);
+    style.SetFont(GK_Font::GetManagedFont(L"DejaVu Sans 'Mono'", true, true));
+    const GK_Plane turned({50, 10, 0}, GK_3dVector(0, 1, 0), GK_3dVector(-1, 0, 0));
+    ASSERT_NE(doc.AddTextObject(L"Up <&>", turned, {50, 10, 0}, style, attributes), nullptr);
+    style.SetFont(GK_Font::Default());
+    const GK_Plane mirrored({90, 40, 0}, GK_3dVector(-1, 0, 0), GK_3dVector(0, 1, 0));
+    ASSERT_NE(doc.AddTextObject(L"Back", mirrored, {90, 40, 0}, style, attributes), nullptr);
+
+    const std::string svg = Svg(doc);
+    const std::vector<Element> xml = ParseXml(svg);
+    std::vector<const Element*> texts;
+    for (const Element& e : xml)
+        if (e.name == "text")
+            texts.push_back(&e);
+    ASSERT_EQ(texts.size(), 2u);
+    EXPECT_EQ(Numbers(texts[0]->Attr("transform")), (std::vector<double>{0, -1, 1, 0, 50, -10}));
+    EXPECT_EQ(texts[0]->Attr("font-family"), "&apos;DejaVu Sans \\&apos;Mono\\&apos;&apos;");
+    EXPECT_EQ(std::stod(texts[0]->Attr("font-size")), 10.0);
+    EXPECT_EQ(texts[0]->Attr("font-weight"), "bold");
+    EXPECT_EQ(texts[0]->Attr("font-style"), "italic");
+    EXPECT_EQ(texts[0]->Attr("fill"), "#ff0000");
+    EXPECT_NE(svg.find(">Up &lt;&amp;&gt;</text>"), std::string::npos);
+    EXPECT_EQ(Numbers(texts[1]->Attr("transform")), (std::vector<double>{-1, 0, 0, 1, 90, -40}));
+    EXPECT_EQ(texts[1]->Attr("font-family"), "&apos;Arial&apos;");
+    EXPECT_EQ(texts[1]->Attr("font-weight"), "<none>");
+    // The box of the texts: the turned one reaches left from x 50 by its height.
+    const std::vector<double> box = Numbers(xml[0].Attr("viewBox"));
+    EXPECT_LT(box[0], 43.0);
+    EXPECT_GT(box[0] + box[2], 90.0);
+}
+
 TEST(DocumentSvg, TextIsEscaped) {
     CVelmoDoc doc;
     const int layer = AddLayer(doc, L"A&B <\"x\"> 'y' \x01 \u00e9", GK_Color());

@@ -47,10 +47,10 @@ void ExpectRefused(const Outcome& outcome, const std::string& reason) {
     EXPECT_NE(outcome.Message().find(reason), std::string::npos) << outcome.Message();
 }
 
-void ExpectImported(const Outcome& outcome) {
+void ExpectImported(const Outcome& outcome, std::size_t objects = 1) {
     EXPECT_EQ(outcome.status, 0) << outcome.Message();
     ASSERT_FALSE(outcome.document.is_discarded());
-    EXPECT_EQ(outcome.document["objects"].size(), 1u);
+    EXPECT_EQ(outcome.document["objects"].size(), objects);
 }
 
 // The shapes that would grow without end are cut off, each with a reason of its own.
@@ -72,7 +72,8 @@ TEST(HostileInput, TheMemoryBoundEndsTheRead) {
 TEST(HostileInput, ProportionalShapesImport) {
     ExpectImported(Import(DeepNesting(200000, false)));
     ExpectImported(Import(DeepNesting(200000, true)));
-    ExpectImported(Import(HugeWidths(1200000)));
+    // The text arrives in its font, whose width array is more than a font can be.
+    ExpectImported(Import(HugeWidths(1200000)), 2);
     ExpectImported(Import(SelfDrawingForm()));
 
     // Ten thousand layers cost ten thousand steps (with a search through the table

@@ -35,8 +35,8 @@ json ImportText(const std::string& name, const std::string& text, const std::str
 }
 
 // Imports a template from tests/data/vector the same way.
-json Import(const std::string& name, const std::string& extra = "") {
-    return ImportText(name, PdfFromTemplate("vector/" + name), extra);
+json Import(const std::string& name, const std::string& extra = "", int status = 0) {
+    return ImportText(name, PdfFromTemplate("vector/" + name), extra, status);
 }
 
 std::string LayerName(const json& document, int index) {
@@ -159,6 +159,33 @@ TEST(VectorImport, FormsAndImages) {
     EXPECT_EQ(jpeg.extension(), ".jpg");
     EXPECT_EQ(tarquil::test::ReadFileBytes(jpeg), "not really a JPEG, but written as it came");
     std::filesystem::remove_all(folder);
+}
+
+// A page of text against a fixed list of families: one object per run in the matching family,
+// the missing one reported, and a list that cannot be read a usage error.
+TEST(VectorImport, TextInTheListedFamilies) {
+    const TempFile fonts("fonts.txt", "Arial\r\nHelvetica Narrow\n\nTimes New Roman\n");
+    const json document =
+        Import("text-page.pdf.in", "--fonts '" + fonts.Path().string() + "' --svg /dev/null");
+    const json& objects = document["objects"];
+    ASSERT_EQ(objects.size(), 4u) << objects.dump(1); // the run left of the page is dropped
+    EXPECT_EQ(objects[0]["text"], "Title");
+    EXPECT_EQ(objects[1]["text"], " block");
+    EXPECT_EQ(objects[1]["plane"]["origin"], json({30.56, 80.0, 0.0}));
+    EXPECT_EQ(objects[0]["font"],
+              json({{"family", "Helvetica Narrow"}, {"bold", true}, {"italic", false}}));
+    EXPECT_EQ(objects[2]["font"],
+              json({{"family", "Times New Roman"}, {"bold", false}, {"italic", true}}));
+    EXPECT_EQ(objects[2]["height"], 13.0);
+    EXPECT_EQ(objects[3]["text"], "\u4e2d\u6587");
+    EXPECT_EQ(objects[3]["plane"]["xaxis"], json({-1.0, 0.0, 0.0}));
+    EXPECT_EQ(objects[3]["font"]["family"], "Arial");
+    EXPECT_EQ(document["dimStyles"].size(), 3u);
+    ASSERT_EQ(document["messages"].size(), 2u);
+    EXPECT_EQ(document["messages"][0]["text"],
+              "Could not find embedded font \"GHIJKL+NotoSansCJK\"\n");
+
+    EXPECT_TRUE(Import("text-page.pdf.in", "--fonts /nonexistent", 2).is_discarded());
 }
 
 } // namespace

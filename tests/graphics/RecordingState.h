@@ -7,6 +7,7 @@
 #include <locale>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tarquil::test {
@@ -136,10 +137,11 @@ public:
         Note("SetTextRenderMode", mode);
         PDFGraphicsState::SetTextRenderMode(mode);
     }
-    void SetFont(const std::string& name, double size, const ToUnicodeMap& toUnicode,
-                 const EncodingMap& encoding) override {
-        Note("SetFont", name, size, toUnicode.size(), encoding.size());
-        PDFGraphicsState::SetFont(name, size, toUnicode, encoding);
+    void SetFont(const std::string& name, double size, SharedToUnicodeMap toUnicode,
+                 SharedEncodingMap encoding) override {
+        Note("SetFont", name, size, toUnicode ? toUnicode->size() : 0,
+             encoding ? encoding->size() : 0);
+        PDFGraphicsState::SetFont(name, size, std::move(toUnicode), std::move(encoding));
     }
     void SetTextRise(double rise) override {
         Note("SetTextRise", rise);

@@ -49,7 +49,8 @@ TEST(FontLoading, TfLoadsEachNameOnce) {
     EXPECT_EQ(state.flushedText.back(), (std::u16string{0xDE00, u'B'}));
     EXPECT_EQ(state.textAdvance, 750);
     EXPECT_EQ(state.missingWidth, 1000);
-    EXPECT_EQ(graphics.fontToUnicode.at("F2").at(1), u'\xDE00');
+    EXPECT_EQ(graphics.fontToUnicode.at("F2")->at(1), u'\xDE00');
+    EXPECT_EQ(state.toUnicodeMap, graphics.fontToUnicode.at("F2")); // shared, not copied
 
     // A known name is not loaded again: F1's maps come back, but the widths stay F2's.
     state.calls.clear();

@@ -225,7 +225,7 @@ TEST(GraphicsState, SavedFramesRestoreOnlyTheirFields) {
     state.SetLineCap(2);
     const double dash[] = {6};
     state.SetDash(1, dash, 0);
-    state.SetFont("F1", 12, {}, {});
+    state.SetFont("F1", 12, nullptr, nullptr);
     state.SetLeading(14);
     state.SetCharSpacing(3);
     state.calls.clear();

@@ -24,28 +24,20 @@ EncodingMap IdentityEncoding() {
     return map;
 }
 
-TEST(GraphicsText, TextStateAndFont) {
+TEST(GraphicsText, SetFontSharesTheTables) {
     RecordingState state;
-    state.SetCharSpacing(1.5);
-    state.SetWordSpacing(2.5);
-    state.SetHorizontalScale(80);
-    state.SetLeading(12);
-    EXPECT_EQ(state.charSpacing, 1.5);
-    EXPECT_EQ(state.wordSpacing, 2.5);
-    EXPECT_EQ(state.horizontalScale, 80.0);
-    EXPECT_EQ(state.leading, 12.0);
-
-    const ToUnicodeMap toUnicode{{1, u'x'}, {2, u'y'}};
-    const EncodingMap encoding{{65, 66}};
+    // The tables are shared with the caller, not copied.
+    const auto toUnicode = std::make_shared<const ToUnicodeMap>(ToUnicodeMap{{1, u'x'}});
+    const auto encoding = std::make_shared<const EncodingMap>(EncodingMap{{65, 66}});
     state.SetFont("F2", 9.5, toUnicode, encoding);
     EXPECT_EQ(state.fontName, "F2");
     EXPECT_EQ(state.fontSize, 9.5);
     EXPECT_EQ(state.toUnicodeMap, toUnicode);
     EXPECT_EQ(state.encodingMap, encoding);
     // A font change replaces both tables, also by empty ones.
-    state.SetFont("F3", 10, {}, {});
-    EXPECT_TRUE(state.toUnicodeMap.empty());
-    EXPECT_TRUE(state.encodingMap.empty());
+    state.SetFont("F3", 10, nullptr, nullptr);
+    EXPECT_FALSE(state.toUnicodeMap);
+    EXPECT_FALSE(state.encodingMap);
 }
 
 TEST(GraphicsText, TextPosition) {
@@ -98,7 +90,7 @@ TEST(GraphicsText, PlainTextOneByteAtATime) {
 
     // Bytes are widened as they are, not translated by any encoding.
     state.pendingText.clear();
-    state.encodingMap = {{65, 97}};
+    state.encodingMap = std::make_shared<const EncodingMap>(EncodingMap{{65, 97}});
     advance = 0;
     state.AppendText("A\xE9", advance);
     EXPECT_EQ(state.pendingText, u"A\u00E9");
@@ -106,7 +98,7 @@ TEST(GraphicsText, PlainTextOneByteAtATime) {
 
     // An odd length is read byte by byte even under an Identity encoding.
     state.pendingText.clear();
-    state.encodingMap = IdentityEncoding();
+    state.encodingMap = std::make_shared<const EncodingMap>(IdentityEncoding());
     advance = 0;
     state.AppendText("ABA", advance);
     EXPECT_EQ(state.pendingText, u"ABA");
@@ -128,7 +120,7 @@ TEST(GraphicsText, PlainTextTwoBytesAtATime) {
     state.wordSpacing = 20;
 
     // Under Identity an even length pairs the bytes; the width comes with one spacing.
-    state.encodingMap = IdentityEncoding();
+    state.encodingMap = std::make_shared<const EncodingMap>(IdentityEncoding());
     double advance = 0;
     state.AppendText("AB", advance);
     EXPECT_EQ(state.pendingText, u"\u4142");
@@ -136,7 +128,7 @@ TEST(GraphicsText, PlainTextTwoBytesAtATime) {
 
     // Without Identity, a byte from 0x80 up at an even index chooses pairs as well; a code
     // without a width adds neither width nor spacing, and a space takes word spacing.
-    state.encodingMap.clear();
+    state.encodingMap.reset();
     state.pendingText.clear();
     advance = 0;
     state.AppendText(std::string("\x80\x41\x00\x20", 4), advance);
@@ -163,8 +155,8 @@ TEST(GraphicsText, PlainTextTwoBytesAtATime) {
 
 TEST(GraphicsText, MappedText) {
     RecordingState state;
-    state.toUnicodeMap = {
-        {0x41, u'a'}, {0x0102, u'\u4E2D'}, {0x20, u' '}, {0, u'Z'}, {0x0300, u'x'}};
+    state.toUnicodeMap = std::make_shared<const ToUnicodeMap>(
+        ToUnicodeMap{{0x41, u'a'}, {0x0102, u'\u4E2D'}, {0x20, u' '}, {0, u'Z'}, {0x0300, u'x'}});
     state.widths = {{0x41, 400}, {0x0102, 0}};
     state.missingWidth = 1000;
     state.charSpacing = 5;

@@ -32,7 +32,7 @@ public:
     }
     void LoadFont(const std::string& name) override {
         rec.calls.push_back("LoadFont " + name);
-        fontEncoding[name] = {{65, 66}};
+        fontEncoding[name] = std::make_shared<const EncodingMap>(EncodingMap{{65, 66}});
     }
     void ClearStack() {
         while (!operandStack.empty())

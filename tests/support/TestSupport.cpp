@@ -1,6 +1,7 @@
 #include "support/TestSupport.h"
 
 #include "host/base/GK_String.h"
+#include "host/base/VmFontList.h"
 #include "host/ui/CVelmoApp.h"
 #include "host/ui/VmMessages.h"
 #include "host/ui/VmUiDriver.h"
@@ -36,6 +37,8 @@ void ResetHost() {
     VmMessages().SetEcho(nullptr);
     VmUi().Reset();
     VelmoApp().SetHeadless(true);
+    // No machine's fonts: a test that matches fonts names its own.
+    VmSetFontFamilies(std::vector<std::wstring>{});
 }
 
 std::string ReadFileBytes(const std::filesystem::path& path) {

@@ -23,7 +23,7 @@ private:
 };
 
 // Puts the process-wide host state back: no messages, no scripted answers, no terminal,
-// a headless application, messages not echoed.
+// a headless application, messages not echoed, and an empty list of installed fonts.
 void ResetHost();
 
 std::string ReadFileBytes(const std::filesystem::path& path);
