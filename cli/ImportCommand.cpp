@@ -1,5 +1,6 @@
 #include "cli/ImportCommand.h"
 
+#include "cli/DocumentDxf.h"
 #include "cli/DocumentJson.h"
 #include "cli/DocumentSvg.h"
 #include "cli/FontsFile.h"
@@ -70,8 +71,10 @@ std::size_t MemoryLimitFor(const ImportArguments& args) {
 }
 
 void CheckArguments(const ImportArguments& args) {
-    if (args.jsonOut == "-" && args.svgOut == "-")
-        throw UsageError("--json and --svg cannot both write to standard output");
+    const int toStandardOutput =
+        (args.jsonOut == "-") + (args.svgOut == "-") + (args.dxfOut == "-");
+    if (toStandardOutput > 1)
+        throw UsageError("only one of --json, --svg and --dxf can write to standard output");
 }
 
 // Why the file cannot be read, in the system's words; nothing when it can. The importer
@@ -149,6 +152,8 @@ CLI::App* AddImportCommand(CLI::App& parent, ImportArguments& args) {
         ->type_name("N")
         ->check(CLI::Range(0, 32));
     cmd->add_option("--svg", args.svgOut, "Write the document as SVG ('-': standard output)")
+        ->type_name("OUT");
+    cmd->add_option("--dxf", args.dxfOut, "Write the document as DXF ('-': standard output)")
         ->type_name("OUT");
     cmd->add_flag("--quiet", args.quiet, "Do not echo the importer's messages on standard error");
     cmd->add_option("--temp-dir", args.tempDir,
@@ -257,6 +262,17 @@ int RunImport(const ImportArguments& args) {
     }
     const auto writeSvg = [&](std::ostream& out) { return WriteDocumentSvg(out, doc); };
     if (!args.svgOut.empty() && !WriteOutput(args.svgOut, writeSvg, error)) {
+        std::cerr << "tarquil: error: " << error << "\n";
+        written = false;
+    }
+    const auto writeDxf = [&](std::ostream& out) {
+        std::vector<std::string> warnings;
+        const bool ok = WriteDocumentDxf(out, doc, warnings);
+        for (const std::string& warning : warnings)
+            std::cerr << "tarquil: warning: DXF: " << warning << "\n";
+        return ok;
+    };
+    if (!args.dxfOut.empty() && !WriteOutput(args.dxfOut, writeDxf, error)) {
         std::cerr << "tarquil: error: " << error << "\n";
         written = false;
     }

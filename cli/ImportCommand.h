@@ -24,9 +24,10 @@ struct ImportArguments {
     std::string jsonOut;
     int jsonIndent = -1; // spaces per level; negative: compact
     std::string svgOut;
+    std::string dxfOut;
     std::string tempDir;   // empty: the host's default temporary folder
     std::string maxMemory; // empty: half of the machine's memory
-    std::string plugIn; // empty: the library beside the program
+    std::string plugIn;    // empty: the library beside the program
     std::string fontsPath; // empty: the installed font families
 };
 
