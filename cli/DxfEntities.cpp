@@ -267,6 +267,26 @@ bool IsEdge(const GK_Curve* piece) {
 
 } // namespace
 
+std::string DxfTextValue(std::wstring_view text) {
+    // "%%" followed by a letter or digits is a control code in TEXT ("%%d" a degree sign);
+    // "%%%" is a percent sign itself, so a run of two or more percent signs is written as
+    // that many of those.
+    std::wstring escaped;
+    for (std::size_t i = 0; i < text.size();) {
+        std::size_t run = 0;
+        while (i + run < text.size() && text[i + run] == L'%')
+            ++run;
+        if (run >= 2) {
+            for (std::size_t k = 0; k < run; ++k)
+                escaped += L"%%%";
+            i += run;
+        } else {
+            escaped += text[i++];
+        }
+    }
+    return DxfText(escaped);
+}
+
 DxfCurvePlan PlanCurve(const GK_Curve& curve) {
     DxfCurvePlan plan;
     Flatten(curve, plan.pieces);
@@ -398,7 +418,7 @@ void WriteTextEntities(DxfEntityContext& ctx, const GK_Text& text, const std::st
         BeginEntity(ctx, "TEXT", style, handle + k);
         DxfWriter& w = ctx.out;
         w.Text(100, "AcDbText").Point(10, at.x, at.y, at.z).Real(40, text.Height());
-        w.Text(1, DxfText(std::wstring_view(all).substr(k * kDxfTextPiece, kDxfTextPiece)));
+        w.Text(1, DxfTextValue(std::wstring_view(all).substr(k * kDxfTextPiece, kDxfTextPiece)));
         if (rotation != 0.0)
             w.Real(50, rotation < 0.0 ? rotation + 360.0 : rotation);
         if (slant != 0.0)

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 // What was written in another form than the object's own, or left out, for the warnings.
@@ -53,6 +55,10 @@ void WriteCurveEntities(DxfEntityContext& ctx, const DxfCurvePlan& plan,
                         const DxfEntityStyle& style, std::uint64_t handle);
 void WriteHatchEntity(DxfEntityContext& ctx, const GK_Hatch& hatch, const GK_HatchPattern* pattern,
                       const DxfEntityStyle& style, std::uint64_t handle);
+
+// The content of a TEXT: as DxfText, with percent signs that would start a control code
+// written so that they read as themselves.
+std::string DxfTextValue(std::wstring_view text);
 
 // Texts longer than this many characters are written as several TEXT entities.
 constexpr int kDxfTextPiece = 250;
