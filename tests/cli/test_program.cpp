@@ -83,10 +83,10 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
     EXPECT_NE(r.out.find("import"), std::string::npos) << r.out;
     r = Run("import --help");
     EXPECT_EQ(r.status, 0);
-    for (const char* option : {"--type", "--option", "--batch", "--fit-views", "--reference",
-                               "--no-questions", "--interactive", "--answers", "--pages",
-                               "--settings", "--json", "--json-indent", "--svg", "--quiet",
-                               "--plugin", "--temp-dir", "--max-memory"})
+    for (const char* option :
+         {"--type", "--option", "--batch", "--fit-views", "--reference", "--no-questions",
+          "--interactive", "--answers", "--pages", "--settings", "--json", "--json-indent", "--svg",
+          "--dxf", "--quiet", "--plugin", "--temp-dir", "--max-memory"})
         EXPECT_NE(r.out.find(option), std::string::npos) << option;
     r = Run("--version");
     EXPECT_EQ(r.status, 0);
@@ -101,7 +101,8 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
              "import " + kLines + " --option AiUnits=mm", "import " + kLines + " --option NoValue",
              "import " + kLines + " --answers " + Path("missing.json"),
              "import " + kLines + " --answers " + notAList,
-             "import " + kLines + " --json - --svg -", "import " + kLines + " --no-such-option",
+             "import " + kLines + " --json - --svg -", "import " + kLines + " --svg - --dxf -",
+             "import " + kLines + " --no-such-option",
              "import " + kLines + " --json - --json-indent -1"}) {
         r = Run(bad);
         EXPECT_EQ(r.status, 2) << bad << "\n" << r.err;
