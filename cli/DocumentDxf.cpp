@@ -518,11 +518,15 @@ private:
             const CVelmoObject& object = m_doc.Object(i);
             const DxfEntityStyle style = StyleOf(object);
             const std::uint64_t first = handle;
-            handle += HandleCount(object);
+            if (object.ObjectKind() != CVelmoObject::curve_object)
+                handle += HandleCount(object);
             switch (object.ObjectKind()) {
             case CVelmoObject::curve_object:
-                if (const GK_Curve* curve = static_cast<const CVelmoCurveObject&>(object).Curve())
-                    WriteCurveEntities(ctx, PlanCurve(*curve), style, first);
+                if (const GK_Curve* curve = static_cast<const CVelmoCurveObject&>(object).Curve()) {
+                    const DxfCurvePlan plan = PlanCurve(*curve);
+                    handle += plan.EntityCount();
+                    WriteCurveEntities(ctx, plan, style, first);
+                }
                 break;
             case CVelmoObject::hatch_object:
                 if (const GK_Hatch* hatch = static_cast<const CVelmoHatch&>(object).Hatch()) {
