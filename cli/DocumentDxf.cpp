@@ -54,9 +54,6 @@ enum : std::uint64_t {
     kFirstFreeHandle = 0x100,
 };
 
-// The application name under which layers carry what DXF has no field for.
-constexpr const char* kAppName = "TARQUIL";
-
 // Names are told apart without regard to case, as CAD programs do.
 std::wstring Folded(const std::wstring& name) {
     std::wstring folded = name;
@@ -312,7 +309,8 @@ private:
         BeginTable("UCS", kUcsTable, 0);
         m_out.Text(0, "ENDTAB");
         BeginTable("APPID", kAppIdTable, 2);
-        for (const auto& [handle, name] : {std::pair(kAcadAppId, "ACAD"), {kOwnAppId, kAppName}}) {
+        for (const auto& [handle, name] :
+             {std::pair(kAcadAppId, "ACAD"), {kOwnAppId, kDxfAppName}}) {
             BeginEntry("APPID", "AcDbRegAppTableRecord", handle, kAppIdTable, name);
             m_out.Int(70, 0);
             EndEntry();
@@ -451,7 +449,7 @@ private:
             // A reference layer holds what was imported as a reference, which DXF has no
             // flag for: it says so in its extended data.
             if (layer.IsReference())
-                m_out.Text(1001, kAppName).Text(1000, "reference");
+                m_out.Text(1001, kDxfAppName).Text(1000, "reference");
             EndEntry();
         }
         m_out.Text(0, "ENDTAB");
@@ -507,6 +505,7 @@ private:
             style.linetype = LinetypeName(a.m_linetype_index);
         if (a.m_plot_weight_source == GK_3dmObjectAttributes::plot_weight_from_object)
             style.lineweight = DxfLineweight(a.m_plot_weight_mm);
+        style.reference = object.IsReference();
         return style;
     }
 

@@ -30,7 +30,9 @@ void BeginEntity(DxfEntityContext& ctx, const char* kind, const DxfEntityStyle& 
         w.Int(420, DxfTrueColor(*style.color));
 }
 
-bool EndEntity(DxfEntityContext& ctx) {
+bool EndEntity(DxfEntityContext& ctx, const DxfEntityStyle& style) {
+    if (style.reference)
+        ctx.out.Text(1001, kDxfAppName).Text(1000, "reference");
     if (ctx.out.EndRecord())
         return true;
     ++ctx.notes.notFinite;
@@ -104,7 +106,7 @@ void WriteLwPolyline(DxfEntityContext& ctx, std::vector<GK_3dPoint> points,
         w.Real(38, points.front().z);
     for (const GK_3dPoint& p : points)
         w.Point2(10, p.x, p.y);
-    EndEntity(ctx);
+    EndEntity(ctx, style);
 }
 
 // A B-spline in DXF's terms: knots with the end knots that the document's convention leaves
@@ -169,7 +171,7 @@ void WriteSpline(DxfEntityContext& ctx, const Spline& s, const DxfEntityStyle& s
         w.Real(41, weight);
     for (const GK_3dPoint& p : s.points)
         w.Point(10, p.x, p.y, p.z);
-    EndEntity(ctx);
+    EndEntity(ctx, style);
 }
 
 void WritePiece(DxfEntityContext& ctx, const GK_Curve& piece, const DxfEntityStyle& style,
@@ -179,7 +181,7 @@ void WritePiece(DxfEntityContext& ctx, const GK_Curve& piece, const DxfEntitySty
         const GK_Line& l = line->m_line;
         ctx.out.Text(100, "AcDbLine").Point(10, l.from.x, l.from.y, l.from.z);
         ctx.out.Point(11, l.to.x, l.to.y, l.to.z);
-        EndEntity(ctx);
+        EndEntity(ctx, style);
         return;
     }
     if (const auto* pline = dynamic_cast<const GK_PolylineCurve*>(&piece)) {
@@ -373,7 +375,7 @@ void WriteHatchEntity(DxfEntityContext& ctx, const GK_Hatch& hatch, const GK_Hat
         w.Int(79, 0);
     }
     w.Int(98, 0);
-    EndEntity(ctx);
+    EndEntity(ctx, style);
 }
 
 int TextEntityCount(const GK_Text& text) {
@@ -429,7 +431,7 @@ void WriteTextEntities(DxfEntityContext& ctx, const GK_Text& text, const std::st
         if (!ocs.IsWorld())
             w.Point(210, ocs.normal.x, ocs.normal.y, ocs.normal.z);
         w.Text(100, "AcDbText");
-        EndEntity(ctx);
+        EndEntity(ctx, style);
     }
 }
 
@@ -453,5 +455,5 @@ bool WriteImageEntity(DxfEntityContext& ctx, const GK_PictureFrame& frame,
     out.Int(70, 3).Int(280, 0).Int(281, 50).Int(282, 50).Int(283, 0);
     out.Handle(360, handle + 1).Int(71, 1).Int(91, 2);
     out.Point2(14, -0.5, -0.5).Point2(14, w - 0.5, h - 0.5).Int(290, 0);
-    return EndEntity(ctx);
+    return EndEntity(ctx, style);
 }

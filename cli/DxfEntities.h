@@ -12,6 +12,9 @@
 #include <utility>
 #include <vector>
 
+// The application name under which layers and entities carry what DXF has no field for.
+constexpr const char* kDxfAppName = "TARQUIL";
+
 // What was written in another form than the object's own, or left out, for the warnings.
 struct DxfNotes {
     int notFinite = 0;       // entities left out for a number that is not finite
@@ -31,6 +34,7 @@ struct DxfEntityStyle {
     std::string linetype; // empty: by layer
     std::optional<GK_Color> color;
     std::optional<int> lineweight;
+    bool reference = false; // imported as a reference: said in the extended data
 };
 
 // Where an entity goes and what it may use. `owner` is the model space's block record.

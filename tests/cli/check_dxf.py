@@ -217,6 +217,8 @@ def check_style(where, entity, obj, names, ltnames):
             fail(where, f"linetype {entity.dxf.linetype!r}, expected {want!r}")
     elif entity.dxf.linetype.lower() != "bylayer":
         fail(where, "has a linetype of its own")
+    if entity.has_xdata("TARQUIL") != obj["reference"]:
+        fail(where, "reference mark does not match")
     want = lineweight(obj["plotWeight"]) if obj["plotWeightSource"] == "object" else -1
     if entity.dxf.lineweight != want:
         fail(where, f"lineweight {entity.dxf.lineweight}, expected {want}")
