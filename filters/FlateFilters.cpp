@@ -46,6 +46,12 @@ int Inflate(const std::string& input, std::string& output, std::size_t window, b
     started = inflateInit(&z) == Z_OK;
     if (!started)
         return Z_STREAM_ERROR;
+    // The output's growth may fail when the import's memory bound is reached; zlib's state
+    // is let go on that way out too.
+    struct InflateEnd {
+        z_stream& z;
+        ~InflateEnd() { inflateEnd(&z); }
+    } end{z};
     // Inflated straight into the output, whose room doubles as it fills: no copy through a
     // buffer, and growth stays amortised. The narrow window is kept exactly; a wide one
     // takes all the room there is.
@@ -71,7 +77,6 @@ int Inflate(const std::string& input, std::string& output, std::size_t window, b
         }
     } while (status == Z_OK);
     output.resize(produced);
-    inflateEnd(&z);
     return status;
 }
 
