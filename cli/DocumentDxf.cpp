@@ -82,7 +82,8 @@ struct ImageDef {
     std::vector<std::uint64_t> images; // the IMAGE entities showing it; each reactor follows
 };
 
-const char* UnitsWarning = "the model unit, points, has no DXF unit; the drawing is unitless";
+constexpr const char* kUnitsWarning =
+    "the model unit, points, has no DXF unit; the drawing is unitless";
 
 class DxfDocumentWriter {
 public:
@@ -640,7 +641,7 @@ private:
         };
         const DxfNotes& n = m_notes;
         if (m_unitless)
-            warnings.push_back(UnitsWarning);
+            warnings.push_back(kUnitsWarning);
         say(m_renamedLayers, "layer names changed to names DXF allows");
         say(m_renamedLinetypes, "linetype names changed to names DXF allows");
         say(m_shiftedLinetypes, "linetypes began with a gap, now moved to their end");
