@@ -205,10 +205,12 @@ void WritePiece(DxfEntityContext& ctx, const GK_Curve& piece, const DxfEntitySty
     ++ctx.notes.unknownCurves;
 }
 
-// One boundary path of a hatch in the hatch's coordinate system.
+// One boundary path of a hatch in the hatch's coordinate system. A hatch loop is closed by
+// nature: one whose ends meet only within the document's tolerance is closed by the path's
+// flag, with a last segment as short as the gap.
 void WritePolylinePath(DxfWriter& w, std::vector<GK_3dPoint> points, const DxfOcs& ocs, int flags) {
-    const bool closed = DropClosingVertex(points);
-    w.Int(92, flags | 2).Int(72, 0).Int(73, closed ? 1 : 0);
+    DropClosingVertex(points);
+    w.Int(92, flags | 2).Int(72, 0).Int(73, 1);
     w.Int(93, static_cast<int>(points.size()));
     for (const GK_3dPoint& p : points) {
         const GK_3dPoint q = ocs.ToOcs(p);
