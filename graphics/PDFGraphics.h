@@ -3,6 +3,7 @@
 // the whole operator switch. Operators run to completion there and drive the graphics state.
 // Nothing is validated: a missing operand reads as zero and an unknown word is skipped.
 #include "fonts/EncodingMap.h"
+#include "graphics/FontCache.h"
 #include "graphics/PDFGraphicsState.h"
 #include "pdf/parser/PDFParser.h"
 
@@ -56,6 +57,9 @@ public:
     // Index 0 non-stroking, 1 stroking. Not saved by q: a cs inside q ... Q outlives the Q.
     std::string colorSpaceName[2];
     // Per font resource name, the tables that Tf hands to the state (shared, not copied).
+    // Fonts read earlier in the import, shared by its pages (borrowed; null reads each font
+    // every time it is named on a page).
+    FontCache* fontCache = nullptr;
     std::map<std::string, SharedToUnicodeMap> fontToUnicode;
     std::map<std::string, SharedEncodingMap> fontEncoding;
 
