@@ -36,6 +36,7 @@ struct PDFClipBox {
 struct PDFSavedFrame {
     PDFMatrix currentMatrix;
     std::vector<PathElement> clipElements;
+    std::uint64_t clipVersion = 0;
     PDFMatrix textMatrix;
     std::uint32_t fillColour = 0;
     std::uint32_t strokeColour = 0;
@@ -125,6 +126,11 @@ public:
     PDFMatrix currentMatrix;
     std::vector<PathElement> pathElements;
     std::vector<PathElement> clipElements;
+    // Changes whenever clipElements gets other contents, so that what is worked out from a
+    // clip can be kept while it stays. Code that changes clipElements in place gives it a new
+    // version from NewClipVersion().
+    std::uint64_t clipVersion = 0;
+    std::uint64_t NewClipVersion() { return ++clipVersionsIssued; }
     double lineWidth = 0.0;
     // In user space, except right after a ClosePath that appended a line (device space then).
     double currentX = 0.0;
@@ -172,4 +178,6 @@ public:
 
 private:
     void AppendPoint(double x, double y, char kind);
+
+    std::uint64_t clipVersionsIssued = 0;
 };

@@ -54,6 +54,19 @@ GK_3dPoint EndOf(const GK_Curve& curve) {
 
 } // namespace
 
+// A page's clip usually serves many painting operations, and a clip of thousands of vertices
+// costs more to index than to use once; the version tells when it is another one. The size is
+// checked as well, for code that fills clipElements by hand.
+void PDFToVelmo::PrepareClip() {
+    if (clipPrepared && clipPreparedVersion == clipVersion &&
+        clipPreparedSize == clipElements.size())
+        return;
+    clip = PathClip(&clipElements);
+    clipPrepared = true;
+    clipPreparedVersion = clipVersion;
+    clipPreparedSize = clipElements.size();
+}
+
 void PDFToVelmo::AddPathElement(const PathElement& element) {
     switch (element.kind) {
     case 'a':

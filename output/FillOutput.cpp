@@ -29,7 +29,7 @@ void PDFToVelmo::Fill() {
     segmentCurves.Empty();
     segmentDashes.clear();
     operationLabel = "fill";
-    clip = PathClip(&clipElements);
+    PrepareClip();
 
     BuildFillSegments(tolerance);
 

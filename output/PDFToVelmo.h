@@ -87,8 +87,12 @@ private:
     void EmitSegment(const SegmentRun& run, double from, double to);
     void AddLine(const PathElement& element);
     void AddBezier(const PathElement& element);
-    // Clip and path in one painting operation: set up at its start.
+    // Sets `clip` up for the clip path in force, indexing it only when it has changed.
+    void PrepareClip();
     PathClip clip;
+    bool clipPrepared = false;
+    std::uint64_t clipPreparedVersion = 0;
+    std::size_t clipPreparedSize = 0;
     std::vector<double> clipPairs;
 };
 

@@ -2,8 +2,13 @@
 // Clipping of path pieces against the clip path. The clip is read as a plain chain of
 // vertices: control points count as vertices, a move does not break the chain, and the
 // chain is closed only if the path closed itself. Inside means a nonzero winding number.
+//
+// A clip of many vertices is indexed once: a tree of boxes over runs of consecutive edges,
+// so that a query looks only at the edges that can matter to it, in their chain order, and
+// gets bit for bit the answer of a walk over every edge.
 #include "graphics/PathElement.h"
 
+#include <cstdint>
 #include <vector>
 
 class PathClip {
@@ -21,9 +26,47 @@ public:
     // whole segment (0, 1) without clipping.
     void ClipSegment(double ax, double ay, double bx, double by, std::vector<double>& out) const;
 
+    // How the winding number is found: by the bands of the clip's heights, or where their
+    // lists would be too long, by the tree alone. For tests.
+    bool HasBands() const { return !bandY.empty(); }
+
+    // The same answers by a walk over every edge: the reference the index has to match, and
+    // the way for clips too small to index or with coordinates that are not finite.
+    int WindingNumberByScan(double x, double y) const;
+    void ClipSegmentByScan(double ax, double ay, double bx, double by,
+                           std::vector<double>& out) const;
+
 private:
+    struct Box {
+        double minX, minY, maxX, maxY;
+    };
+    // The state of a walk along the edges that ClipSegment carries from crossing to crossing.
+    struct Crossing;
+
+    bool Indexed() const { return !nodes.empty(); }
+    void BuildIndex();
+    void BuildBands();
+    // The winding contribution of edge `edge` at (x, y): +1, -1 or 0.
+    int Winding(std::size_t edge, double x, double y) const;
+    void CrossEdge(std::size_t edge, Crossing& crossing) const;
+    void KeepInside(double ax, double ay, double bx, double by, bool indexed,
+                    std::vector<double>& out) const;
+
     const std::vector<PathElement>* elements = nullptr; // borrowed
     bool active = false;
     double minX = 0.0, minY = 0.0, maxX = 0.0, maxY = 0.0;
+    // Edge e runs from vertex e-1 to vertex e. Leaf k of the tree holds the edges
+    // 1 + k*kLeafEdges onwards; node i has the children 2i and 2i+1, the root is node 1, and
+    // the leaves are nodes leafBase .. 2*leafBase-1.
+    std::vector<Box> nodes;
+    std::size_t leafBase = 0;
+    // For the winding number: the distinct heights of the vertices, ascending, and for each
+    // band between two neighbours the edges that span it; an edge spans whole bands, its ends
+    // being vertices. Band k's edges are bandEdges[bandStart[k] .. bandStart[k+1]). Empty
+    // when the lists would be too long, and then the tree serves.
+    std::vector<double> bandY;
+    std::vector<std::uint32_t> bandStart;
+    std::vector<std::uint32_t> bandEdges;
     mutable std::vector<double> scratch;
+    mutable std::vector<std::size_t> stack;
 };
