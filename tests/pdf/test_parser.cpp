@@ -111,6 +111,11 @@ TEST(Parser, ArraysDictionariesAndReferences) {
     EXPECT_EQ(Parse("<</A 1 2 3>>").status, kPdfKeysMustBeNames);
     EXPECT_EQ(Parse("]").status, kPdfUnmatchedBracket);
     EXPECT_EQ(Parse("1 >>").status, kPdfUnmatchedDictEnd);
+    // Marks are counted however they come and go: a doubled mark closes twice, one taken off
+    // by a word or by a closer leaves none behind.
+    EXPECT_EQ(Parse("[ dup 1 ] ]").stack, Stack{"[[1]]"});
+    EXPECT_EQ(Parse("[ pop ]").status, kPdfUnmatchedBracket);
+    EXPECT_EQ(Parse("<< >> ]").status, kPdfUnmatchedBracket);
     EXPECT_EQ(Parse("5 0 R").stack, Stack{"5 0 R"});
     EXPECT_EQ(Parse("/A 0 R").stack, Stack{"0 0 R"});
     EXPECT_EQ(Parse("R").stack, Stack{"0 0 R"});
