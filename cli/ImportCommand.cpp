@@ -5,6 +5,7 @@
 #include "cli/JsonWriter.h"
 #include "cli/ScriptedOptions.h"
 #include "cli/SettingsStore.h"
+#include "cli/TerminalSpinner.h"
 #include "cli/UsageError.h"
 #include "host/base/GK_String.h"
 #include "host/ui/CVelmoApp.h"
@@ -16,7 +17,9 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
+#include <memory>
 #include <sstream>
+#include <unistd.h>
 
 namespace {
 
@@ -54,8 +57,48 @@ void CheckArguments(const ImportArguments& args) {
 }
 
 // The modeller runs without windows unless a person is there to answer.
-void SetUpUserInterface(const ImportArguments& args, CVelmoDoc& doc,
-                        const nlohmann::json& answers) {
+// The wait cursor as a person at a terminal sees it: a spinner on standard error while the
+// importer works. Only for a terminal, so that no pipe or file ever gets any of it, and not
+// with --quiet. The host's messages and prompts go through streams that keep clear of it;
+// everything is set back when the import is over.
+class WaitCursorDisplay {
+public:
+    explicit WaitCursorDisplay(bool wanted) {
+        if (!wanted || !TerminalSpinner::IsTerminal(STDERR_FILENO))
+            return;
+        m_spinner = std::make_unique<TerminalSpinner>(STDERR_FILENO);
+        m_errors = std::make_unique<GuardedOutput>(*m_spinner, std::cerr);
+        m_input = std::make_unique<GuardedInput>(*m_spinner, std::cin);
+        CVelmoWaitCursor::SetListener([spinner = m_spinner.get()](bool shown) {
+            if (shown)
+                spinner->Show();
+            else
+                spinner->Hide();
+        });
+    }
+    WaitCursorDisplay(const WaitCursorDisplay&) = delete;
+    WaitCursorDisplay& operator=(const WaitCursorDisplay&) = delete;
+    ~WaitCursorDisplay() {
+        if (!m_spinner)
+            return;
+        CVelmoWaitCursor::SetListener(nullptr);
+        if (VmMessages().Echo() == m_errors.get())
+            VmMessages().SetEcho(&std::cerr);
+        if (VmUi().HasTerminal())
+            VmUi().SetTerminal(&std::cin, &std::cerr);
+    }
+
+    std::ostream& Errors() { return m_errors ? *m_errors : std::cerr; }
+    std::istream& Input() { return m_input ? *m_input : std::cin; }
+
+private:
+    std::unique_ptr<TerminalSpinner> m_spinner;
+    std::unique_ptr<GuardedOutput> m_errors;
+    std::unique_ptr<GuardedInput> m_input;
+};
+
+void SetUpUserInterface(const ImportArguments& args, CVelmoDoc& doc, const nlohmann::json& answers,
+                        WaitCursorDisplay& display) {
     VmUi().Reset();
     VmUi().SetScript(answers);
     if (args.pages)
@@ -63,9 +106,9 @@ void SetUpUserInterface(const ImportArguments& args, CVelmoDoc& doc,
     VelmoApp().SetHeadless(!args.interactive);
     doc.SetHeadless(!args.interactive);
     if (args.interactive)
-        VmUi().SetTerminal(&std::cin, &std::cerr);
+        VmUi().SetTerminal(&display.Input(), &display.Errors());
     VmMessages().Clear();
-    VmMessages().SetEcho(args.quiet ? nullptr : &std::cerr);
+    VmMessages().SetEcho(args.quiet ? nullptr : &display.Errors());
 }
 
 CVelmoFileReadOptions MakeReadOptions(const ImportArguments& args) {
@@ -170,7 +213,8 @@ int RunImport(const ImportArguments& args) {
                      "are neither loaded nor saved\n";
 
     CVelmoDoc doc;
-    SetUpUserInterface(args, doc, answers);
+    WaitCursorDisplay display(!args.quiet);
+    SetUpUserInterface(args, doc, answers, display);
 
     // The modeller loads a plug-in once before its first use, then hands it its settings.
     CQuillonPlugIn& plugIn = ThePlugIn();

@@ -1,5 +1,7 @@
 #pragma once
 // The application object: its headless state and its command line.
+#include <functional>
+#include <utility>
 
 class CVelmoApp {
 public:
@@ -16,15 +18,27 @@ private:
 
 CVelmoApp& VelmoApp();
 
-// Shows the wait cursor for its lifetime.
+// Shows the wait cursor for its lifetime. Nested cursors are one: the host that draws it
+// hears through its listener when it goes up and when it comes down.
 class CVelmoWaitCursor {
 public:
-    CVelmoWaitCursor() { ++s_depth; }
-    ~CVelmoWaitCursor() { --s_depth; }
+    using Listener = std::function<void(bool shown)>;
+
+    CVelmoWaitCursor() {
+        if (s_depth++ == 0 && s_listener)
+            s_listener(true);
+    }
+    ~CVelmoWaitCursor() {
+        if (--s_depth == 0 && s_listener)
+            s_listener(false);
+    }
     CVelmoWaitCursor(const CVelmoWaitCursor&) = delete;
     CVelmoWaitCursor& operator=(const CVelmoWaitCursor&) = delete;
     static int Depth() { return s_depth; }
+    // An empty listener draws nothing.
+    static void SetListener(Listener listener) { s_listener = std::move(listener); }
 
 private:
     static inline int s_depth = 0;
+    static inline Listener s_listener;
 };
