@@ -207,7 +207,7 @@ void WriteViews(JsonWriter& out, const CVelmoDoc& doc) {
 } // namespace
 
 void WriteCurveJson(JsonWriter& out, const GK_Curve& curve) {
-    if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve)) {
+    if (const auto* line = GK_CurveCast<GK_LineCurve>(&curve)) {
         out.BeginObject();
         out.Key("type").String("line");
         out.Key("points").BeginArray();
@@ -217,7 +217,7 @@ void WriteCurveJson(JsonWriter& out, const GK_Curve& curve) {
         out.EndObject();
         return;
     }
-    if (const auto* pline = dynamic_cast<const GK_PolylineCurve*>(&curve)) {
+    if (const auto* pline = GK_CurveCast<GK_PolylineCurve>(&curve)) {
         out.BeginObject();
         out.Key("type").String("polyline");
         out.Key("points").BeginArray();
@@ -227,11 +227,11 @@ void WriteCurveJson(JsonWriter& out, const GK_Curve& curve) {
         out.EndObject();
         return;
     }
-    if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
+    if (const auto* nurbs = GK_CurveCast<GK_NurbsCurve>(&curve)) {
         WriteNurbs(out, *nurbs);
         return;
     }
-    if (const auto* poly = dynamic_cast<const GK_PolyCurve*>(&curve)) {
+    if (const auto* poly = GK_CurveCast<GK_PolyCurve>(&curve)) {
         out.BeginObject();
         out.Key("type").String("polycurve");
         out.Key("segments");

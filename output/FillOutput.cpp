@@ -15,7 +15,7 @@ double Distance(const GK_3dPoint& a, const GK_3dPoint& b) {
 }
 
 bool IsLine(const GK_Curve* curve) {
-    return dynamic_cast<const GK_LineCurve*>(curve) != nullptr;
+    return GK_CurveCast<GK_LineCurve>(curve) != nullptr;
 }
 
 } // namespace
@@ -178,7 +178,7 @@ int PDFToVelmo::ChainOpenCurves(const GK_SimpleArray<GK_Curve*>& open,
             ++i;
         }
         // A lone curve is a boundary only when it is a polyline, closed by its bridge.
-        const bool polyline = i < n && dynamic_cast<const GK_PolylineCurve*>(open[i]) != nullptr;
+        const bool polyline = i < n && GK_CurveCast<GK_PolylineCurve>(open[i]) != nullptr;
         if (pieces >= 2 || (pieces == 1 && polyline))
             closed.Append(poly);
         else

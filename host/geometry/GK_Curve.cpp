@@ -11,17 +11,17 @@ namespace {
 // points that box is made of: vertices, and the end points of single Bezier spans. The
 // curve's box is then at least as large.
 void AddPointsOfTheBox(const GK_Curve& curve, GK_BoundingBox& box) {
-    if (const auto* polyline = dynamic_cast<const GK_PolylineCurve*>(&curve)) {
+    if (const auto* polyline = GK_CurveCast<GK_PolylineCurve>(&curve)) {
         for (const GK_3dPoint& p : polyline->m_pline)
             box.Set(p, true);
-    } else if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve)) {
+    } else if (const auto* line = GK_CurveCast<GK_LineCurve>(&curve)) {
         box.Set(line->m_line.from, true);
         box.Set(line->m_line.to, true);
-    } else if (const auto* chain = dynamic_cast<const GK_PolyCurve*>(&curve)) {
+    } else if (const auto* chain = GK_CurveCast<GK_PolyCurve>(&curve)) {
         for (int i = 0; i < chain->Count(); ++i)
             if (const GK_Curve* segment = chain->SegmentCurve(i))
                 AddPointsOfTheBox(*segment, box);
-    } else if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
+    } else if (const auto* nurbs = GK_CurveCast<GK_NurbsCurve>(&curve)) {
         // One span whose ends are its first and last control points (up to the sign of a
         // zero, which no size sees).
         const int last = nurbs->CVCount() - 1;

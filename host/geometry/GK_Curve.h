@@ -19,6 +19,11 @@ public:
 
 class GK_Curve : public GK_Geometry {
 public:
+    // The host's curve classes, so that code which treats them alike can tell them apart
+    // without a search of the class tree. A class derived from one of them answers as it does.
+    enum class Type { Line, Polyline, PolyCurve, Nurbs, Other };
+    virtual Type CurveType() const { return Type::Other; }
+
     virtual GK_Interval Domain() const = 0;
     virtual GK_3dPoint PointAt(double t) const = 0;
     virtual bool Reverse() = 0; // same shape, opposite direction
@@ -49,6 +54,9 @@ struct GK_Line {
 
 class GK_LineCurve : public GK_Curve {
 public:
+    static constexpr Type kType = Type::Line;
+    Type CurveType() const override { return kType; }
+
     GK_Line m_line;
     GK_Interval m_t{0.0, 1.0};
 
@@ -69,6 +77,9 @@ public:
 
 class GK_PolylineCurve : public GK_Curve {
 public:
+    static constexpr Type kType = Type::Polyline;
+    Type CurveType() const override { return kType; }
+
     GK_SimpleArray<GK_3dPoint> m_pline;
     GK_SimpleArray<double> m_t; // one parameter per point, 0, 1, 2, ... by default
 
@@ -93,6 +104,9 @@ public:
 // A chain of curves joined end to end. Owns its segments.
 class GK_PolyCurve : public GK_Curve {
 public:
+    static constexpr Type kType = Type::PolyCurve;
+    Type CurveType() const override { return kType; }
+
     GK_PolyCurve() = default;
     GK_PolyCurve(const GK_PolyCurve& other);
     GK_PolyCurve& operator=(const GK_PolyCurve&) = delete;
@@ -125,6 +139,9 @@ private:
 // the knot vector 0, 0, 0, 1, 1, 1.
 class GK_NurbsCurve : public GK_Curve {
 public:
+    static constexpr Type kType = Type::Nurbs;
+    Type CurveType() const override { return kType; }
+
     int m_dim = 0;
     bool m_is_rat = false;
     int m_order = 0;
@@ -165,3 +182,12 @@ public:
     bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
                        double tolerance) const override;
 };
+
+// What dynamic_cast gives for the host's curve classes, found by their type: the curve as a
+// `T`, or null.
+template <class T> const T* GK_CurveCast(const GK_Curve* curve) {
+    return curve && curve->CurveType() == T::kType ? static_cast<const T*>(curve) : nullptr;
+}
+template <class T> T* GK_CurveCast(GK_Curve* curve) {
+    return curve && curve->CurveType() == T::kType ? static_cast<T*>(curve) : nullptr;
+}
