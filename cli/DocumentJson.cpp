@@ -3,7 +3,6 @@
 #include "host/base/GK_String.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace {
 
@@ -171,8 +170,10 @@ void WriteHatchMembers(JsonWriter& out, const CVelmoHatch* object) {
     WriteIndexOrNull(out, hatch->PatternIndex());
     out.Key("loops");
     WriteList(out, hatch->LoopCount(), [&](int i) {
+        // This host keeps loops in world coordinates, so the loop's own curve is what
+        // LoopCurve3d would copy.
         const GK_HatchLoop* loop = hatch->Loop(i);
-        const std::unique_ptr<GK_Curve> curve(hatch->LoopCurve3d(i));
+        const GK_Curve* curve = loop ? loop->Curve() : nullptr;
         out.BeginObject();
         out.Key("type").String(loop && loop->Type() == GK_HatchLoop::ltInner ? "inner" : "outer");
         out.Key("curve");

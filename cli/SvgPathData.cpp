@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <initializer_list>
-#include <memory>
 
 namespace {
 
@@ -205,7 +204,10 @@ void AppendCurvePathData(const GK_Curve& curve, std::string& out) {
 void AppendHatchPathData(const GK_Hatch& hatch, std::string& out) {
     PathData path(out, /*joinPieces=*/true);
     for (int i = 0; i < hatch.LoopCount(); ++i) {
-        const std::unique_ptr<GK_Curve> loop(hatch.LoopCurve3d(i));
+        // This host keeps loops in world coordinates, so the loop's own curve is what
+        // LoopCurve3d would copy.
+        const GK_HatchLoop* hatchLoop = hatch.Loop(i);
+        const GK_Curve* loop = hatchLoop ? hatchLoop->Curve() : nullptr;
         if (!loop)
             continue;
         AppendCurve(*loop, path);

@@ -78,9 +78,12 @@ void PDFToVelmo::Fill() {
             delete curve;
         return;
     }
-    for (GK_Curve* curve : closed)
-        if (curve)
-            pendingObjects.push_back({curve, strokeColour, 0.0, layerIndex, {}});
+    for (GK_Curve* curve : closed) {
+        if (!curve)
+            continue;
+        curve->Compact(); // it goes to the model as it is now
+        pendingObjects.push_back({curve, strokeColour, 0.0, layerIndex, {}});
+    }
 }
 
 void PDFToVelmo::BuildFillSegments(double tolerance) {

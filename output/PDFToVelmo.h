@@ -13,6 +13,7 @@
 #include "output/PendingObject.h"
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <string>
 #include <vector>
@@ -68,7 +69,9 @@ public:
 
     CVelmoDoc* doc = nullptr;
     const CVelmoFileReadOptions* readOptions = nullptr;
-    std::vector<PendingObject> pendingObjects;
+    // A deque, as there may be millions: growing it never copies what it holds nor needs
+    // twice the room for a moment, as a vector would.
+    std::deque<PendingObject> pendingObjects;
     GK_SimpleArray<GK_Curve*> segmentCurves; // owned; empty between painting operations
     std::string operationLabel;
     std::vector<std::vector<double>> segmentDashes;

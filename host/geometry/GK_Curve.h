@@ -46,6 +46,9 @@ public:
     // answer false for a curve it cannot bound (a conservative test), never true wrongly.
     virtual bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
                                double tolerance) const;
+    // Gives back memory a finished curve does not need (capacity grown while it was built),
+    // leaving its points, domain and evaluation as they are.
+    virtual void Compact() {}
 };
 
 struct GK_Line {
@@ -99,6 +102,10 @@ public:
     // (the last kept interior vertex gives way to the end point). Returns the number of
     // points removed.
     int RemoveShortSegments(double tolerance);
+    // Also lets go of the parameters when they are the point indices 0, 1, 2, ... that an
+    // empty m_t stands for. Reverse and RemoveShortSegments treat the two forms differently,
+    // hence only for a finished curve.
+    void Compact() override;
 };
 
 // A chain of curves joined end to end. Owns its segments.
@@ -128,6 +135,7 @@ public:
     GK_Curve* DuplicateCurve() const override { return new GK_PolyCurve(*this); }
     bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
                        double tolerance) const override;
+    void Compact() override;
 
 private:
     GK_SimpleArray<GK_Curve*> m_segment;

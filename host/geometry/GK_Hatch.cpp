@@ -44,7 +44,7 @@ bool GK_HatchLoop::IsValid() const {
 GK_Hatch::GK_Hatch(const GK_Hatch& other)
     : GK_Geometry(other), m_plane(other.m_plane), m_pattern_index(other.m_pattern_index),
       m_pattern_rotation(other.m_pattern_rotation), m_pattern_scale(other.m_pattern_scale),
-      m_validity(other.m_validity), m_boxKnown(other.m_boxKnown), m_box(other.m_box) {
+      m_validity(other.m_validity) {
     m_loops.Reserve(other.m_loops.Count());
     for (const GK_HatchLoop* loop : other.m_loops)
         m_loops.Append(new GK_HatchLoop(*loop));
@@ -87,14 +87,11 @@ bool GK_Hatch::IsValid(GK_TextLog*) const {
 }
 
 GK_BoundingBox GK_Hatch::BoundingBox() const {
-    if (!m_boxKnown) {
-        m_box = GK_BoundingBox();
-        for (const GK_HatchLoop* loop : m_loops)
-            if (loop->m_curve)
-                m_box.Union(loop->m_curve->BoundingBox());
-        m_boxKnown = true;
-    }
-    return m_box;
+    GK_BoundingBox box;
+    for (const GK_HatchLoop* loop : m_loops)
+        if (loop->m_curve)
+            box.Union(loop->m_curve->BoundingBox());
+    return box;
 }
 
 // All or nothing: the plane and the loops are moved on copies, and the hatch changes only

@@ -59,7 +59,9 @@ public:
     void SetPatternScale(double scale) { m_pattern_scale = scale; }
 
     // At least one loop, the first outer, every loop a valid closed curve in the plane.
-    // Worked out once and kept until the hatch changes, as is the box.
+    // Worked out once and kept until the hatch changes: a hatch is checked at every step on
+    // its way to the document. (The box is asked for once before and once after placement,
+    // so it is not worth the room.)
     bool IsValid(GK_TextLog* log = nullptr) const override;
     GK_BoundingBox BoundingBox() const override;
     // Transforms the plane and every loop; the pattern scale follows a uniform scale.
@@ -69,10 +71,7 @@ public:
 private:
     // The loops change only through the hatch, so these are the only places where what is
     // kept goes stale.
-    void Changed() {
-        m_validity = kUnknown;
-        m_boxKnown = false;
-    }
+    void Changed() { m_validity = kUnknown; }
 
     GK_Plane m_plane;
     int m_pattern_index = -1;
@@ -81,6 +80,4 @@ private:
     GK_SimpleArray<GK_HatchLoop*> m_loops; // owned
     static constexpr signed char kUnknown = -1;
     mutable signed char m_validity = kUnknown; // else 0 or 1
-    mutable bool m_boxKnown = false;
-    mutable GK_BoundingBox m_box;
 };

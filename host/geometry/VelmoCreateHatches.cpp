@@ -399,6 +399,7 @@ GK_Curve* LoopCurve(const GK_Curve& source, const GK_Plane& plane) {
         delete curve;
         return nullptr;
     }
+    curve->Compact(); // the hatch keeps it as it is now
     return curve;
 }
 
