@@ -1,17 +1,20 @@
 #include "output/PathClip.h"
 
 #include <algorithm>
-#include <bit>
 #include <cfloat>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 namespace {
 
-// Edges per leaf of the index, and the fewest edges worth an index: a walk over a short chain
-// is cheaper than the tree.
-constexpr std::size_t kLeafEdges = 8;
+// The fewest edges worth an index: a walk over a short chain is cheaper than the trees.
 constexpr std::size_t kMinIndexedEdges = 32;
+// Edges shorter than the clip's extent times this count as short (see ClipSegment).
+constexpr double kShortEdge = 0x1p-30;
+// Beyond these magnitudes the error bounds below would need care for overflow and
+// underflow; such segments take the walk along their line.
+constexpr double kLargest = 0x1p400, kSmallest = 0x1p-400;
 // The band lists may hold this many entries per edge of the clip at most: enough for a clip
 // whose horizontal lines meet a hundred edges, and a bound for one whose every edge spans
 // the whole height.
@@ -33,6 +36,24 @@ struct PathClip::Crossing {
     int Side(const PathElement& p) const {
         const double cross = dx * (p.y - ay) - dy * (p.x - ax);
         return (cross > 0.0) - (cross < 0.0);
+    }
+    // The parameters of the crossing with the edge p -> q, each only where its denominator
+    // is not zero; false when neither could be computed. a + t*d = p + u*e, solved by cross
+    // products with d and with e.
+    bool Parameters(const PathElement& p, const PathElement& q) {
+        const double ex = q.x - p.x;
+        const double ey = q.y - p.y;
+        const double denominatorU = ex * dy - ey * dx;
+        if (denominatorU != 0.0)
+            u = ((ax - p.x) * dy - (ay - p.y) * dx) / denominatorU;
+        const double denominatorT = dx * ey - dy * ex;
+        if (denominatorT != 0.0)
+            t = ((p.x - ax) * ey - (p.y - ay) * ex) / denominatorT;
+        return denominatorU != 0.0 || denominatorT != 0.0;
+    }
+    void AppendIfOnBoth() {
+        if (t >= 0.0 && t <= 1.0 && u >= 0.0 && u <= 1.0)
+            ts.push_back(t);
     }
 };
 
@@ -56,34 +77,51 @@ PathClip::PathClip(const std::vector<PathElement>* elements_) : elements(element
 void PathClip::BuildIndex() {
     const std::vector<PathElement>& v = *elements;
     const std::size_t edges = v.size() - 1;
-    if (edges < kMinIndexedEdges)
+    if (edges < kMinIndexedEdges || edges > UINT32_MAX)
         return;
     // Boxes of points that are not numbers bound nothing; such a clip is walked edge by edge.
     for (const PathElement& e : v)
         if (!Finite(e.x, e.y))
             return;
-    const double inf = std::numeric_limits<double>::infinity();
-    const std::size_t leaves = (edges + kLeafEdges - 1) / kLeafEdges;
-    leafBase = std::bit_ceil(leaves);
-    nodes.assign(2 * leafBase, Box{inf, inf, -inf, -inf});
-    for (std::size_t k = 0; k < leaves; ++k) {
-        Box& box = nodes[leafBase + k];
-        // The vertices of edges 1 + k*kLeafEdges .. : from the start of the first one on.
-        const std::size_t last = std::min((k + 1) * kLeafEdges, edges);
-        for (std::size_t i = k * kLeafEdges; i <= last; ++i) {
-            box.minX = std::min(box.minX, v[i].x);
-            box.maxX = std::max(box.maxX, v[i].x);
-            box.minY = std::min(box.minY, v[i].y);
-            box.maxY = std::max(box.maxY, v[i].y);
+    std::vector<std::uint32_t> all(edges);
+    for (std::size_t i = 0; i < edges; ++i)
+        all[i] = static_cast<std::uint32_t>(i + 1);
+    chain = EdgeTree(v, std::move(all));
+
+    // The edges again, by direction, and the short ones apart. An edge whose ends coincide
+    // has both on one side of any line and never crosses.
+    const double extent = std::max(maxX - minX, maxY - minY);
+    shortLength = extent * kShortEdge;
+    std::vector<std::uint32_t> byLength[kLengths], byDirection[kDirections], shortOnes;
+    for (std::size_t i = 1; i < v.size(); ++i) {
+        const double ex = v[i].x - v[i - 1].x;
+        const double ey = v[i].y - v[i - 1].y;
+        if (ex == 0.0 && ey == 0.0)
+            continue;
+        const double m = std::max(std::fabs(ex), std::fabs(ey));
+        if (m < shortLength) {
+            shortOnes.push_back(static_cast<std::uint32_t>(i));
+            continue;
         }
+        byDirection[DirectionOf(ex, ey)].push_back(static_cast<std::uint32_t>(i));
+        const int k =
+            std::clamp(static_cast<int>(std::floor(std::log2(extent / m))), 0, kLengths - 1);
+        byLength[k].push_back(static_cast<std::uint32_t>(i));
     }
-    for (std::size_t i = leafBase - 1; i >= 1; --i) {
-        const Box& l = nodes[2 * i];
-        const Box& r = nodes[2 * i + 1];
-        nodes[i] = {std::min(l.minX, r.minX), std::min(l.minY, r.minY), std::max(l.maxX, r.maxX),
-                    std::max(l.maxY, r.maxY)};
-    }
+    for (int k = 0; k < kDirections; ++k)
+        directions[k] = EdgeTree(v, std::move(byDirection[k]));
+    for (int k = 0; k < kLengths; ++k)
+        lengths[k] = EdgeTree(v, std::move(byLength[k]));
+    shortEdges = EdgeTree(v, std::move(shortOnes));
     BuildBands();
+}
+
+int PathClip::DirectionOf(double ex, double ey) {
+    double angle = std::atan2(ey, ex); // -pi .. pi
+    if (angle < 0.0)
+        angle += std::numbers::pi;
+    const int k = static_cast<int>(angle * (kDirections / std::numbers::pi));
+    return std::clamp(k, 0, kDirections - 1);
 }
 
 void PathClip::BuildBands() {
@@ -186,24 +224,8 @@ int PathClip::WindingNumber(double x, double y) const {
             winding += Winding(bandEdges[k], x, y);
         return winding;
     }
-    const std::vector<PathElement>& v = *elements;
-    stack.assign(1, 1);
-    while (!stack.empty()) {
-        const std::size_t node = stack.back();
-        stack.pop_back();
-        const Box& box = nodes[node];
-        if (!(box.minY <= y && y <= box.maxY))
-            continue;
-        if (node < leafBase) {
-            stack.push_back(2 * node + 1);
-            stack.push_back(2 * node);
-            continue;
-        }
-        const std::size_t first = 1 + (node - leafBase) * kLeafEdges;
-        const std::size_t end = std::min(first + kLeafEdges, v.size());
-        for (std::size_t i = first; i < end; ++i)
-            winding += Winding(i, x, y);
-    }
+    chain.Walk([y](const EdgeTree::Box& box) { return box.minY <= y && y <= box.maxY; },
+               [&](std::size_t edge) { winding += Winding(edge, x, y); }, stack);
     return winding;
 }
 
@@ -215,17 +237,8 @@ void PathClip::CrossEdge(std::size_t edge, Crossing& c) const {
     const PathElement& q = (*elements)[edge];
     if (c.Side(p) == c.Side(q))
         return;
-    const double ex = q.x - p.x;
-    const double ey = q.y - p.y;
-    // a + t*d = p + u*e, solved by cross products with d and with e.
-    const double denominatorU = ex * c.dy - ey * c.dx;
-    if (denominatorU != 0.0)
-        c.u = ((c.ax - p.x) * c.dy - (c.ay - p.y) * c.dx) / denominatorU;
-    const double denominatorT = c.dx * ey - c.dy * ex;
-    if (denominatorT != 0.0)
-        c.t = ((p.x - c.ax) * ey - (p.y - c.ay) * ex) / denominatorT;
-    if (c.t >= 0.0 && c.t <= 1.0 && c.u >= 0.0 && c.u <= 1.0)
-        c.ts.push_back(c.t);
+    c.Parameters(p, q);
+    c.AppendIfOnBoth();
 }
 
 // Sorts the parameters found and keeps the pieces between them whose middle is inside.
@@ -267,11 +280,81 @@ void PathClip::ClipSegmentByScan(double ax, double ay, double bx, double by,
     KeepInside(ax, ay, bx, by, false, out);
 }
 
-// Only an edge whose ends lie on different sides of the segment's line takes part, and with
-// the sides as computed, such an edge comes within the rounding of those computations of the
-// line: so a box whose corners all lie farther than that on one side holds no such edge and
-// is passed over. The others are visited left to right, which keeps the edges in their chain
-// order, and the parameters carried from crossing to crossing are those of the full walk.
+// The walk along the segment's whole line. Only an edge whose ends lie on different sides of
+// the line takes part, and with the sides as computed, such an edge comes within the rounding
+// of those computations of the line: so a box whose corners all lie farther than that on one
+// side holds no such edge and is passed over.
+void PathClip::ClipAlongLine(double ax, double ay, double bx, double by, double band,
+                             std::vector<double>& out) const {
+    const double dx = bx - ax;
+    const double dy = by - ay;
+    const auto onLine = [&](const EdgeTree::Box& box) {
+        return MeetsBand(box, ax, ay, dx, dy, band);
+    };
+    candidates.clear();
+    chain.Walk(
+        onLine,
+        [&](std::size_t edge) {
+            if (onLine(EdgeTree::EdgeBox(*elements, edge)))
+                candidates.push_back(edge);
+        },
+        stack);
+    std::sort(candidates.begin(), candidates.end());
+    CrossCandidates(ax, ay, dx, dy);
+    KeepInside(ax, ay, bx, by, true, out);
+}
+
+// The candidates, in chain order, as the full walk meets them: every edge that crosses with
+// both parameters in [0, 1] is among them. An edge whose parameters cannot be computed takes
+// those of the last one before it in the chain that crossed with computable parameters,
+// found by walking back: the full walk would carry them to it.
+void PathClip::CrossCandidates(double ax, double ay, double dx, double dy) const {
+    scratch.assign({0.0, 1.0});
+    Crossing crossing{ax, ay, dx, dy, 0.0, 0.0, scratch};
+    const std::vector<PathElement>& v = *elements;
+    for (const std::size_t edge : candidates) {
+        if (crossing.Side(v[edge - 1]) == crossing.Side(v[edge]))
+            continue;
+        if (!crossing.Parameters(v[edge - 1], v[edge])) {
+            crossing.t = crossing.u = 0.0; // the starting ones, if no crossing came before
+            for (std::size_t before = edge - 1; before >= 1; --before)
+                if (crossing.Side(v[before - 1]) != crossing.Side(v[before]) &&
+                    crossing.Parameters(v[before - 1], v[before]))
+                    break;
+        }
+        crossing.AppendIfOnBoth();
+    }
+}
+
+bool PathClip::MeetsBand(const EdgeTree::Box& box, double ax, double ay, double dx, double dy,
+                         double band) {
+    const double x0 = box.minX - ax, x1 = box.maxX - ax;
+    const double y0 = box.minY - ay, y1 = box.maxY - ay;
+    const double c00 = dx * y0 - dy * x0, c01 = dx * y1 - dy * x0;
+    const double c10 = dx * y0 - dy * x1, c11 = dx * y1 - dy * x1;
+    return !((c00 > band && c01 > band && c10 > band && c11 > band) ||
+             (c00 < -band && c01 < -band && c10 < -band && c11 < -band));
+}
+
+// Most of the edges along the segment's line lie far from the segment itself, and an edge far
+// from it makes no crossing that counts: t on the segment and u on the edge cannot both come
+// out in [0, 1] unless rounding spoils them, and that takes an edge (nearly) parallel to the
+// segment or a very short one. So three kinds of edges are looked at, each found through its
+// own tree, and every other edge of the chain is passed over:
+//
+// - near ones. With u the unit roundoff, R the greatest distance of a clip vertex from a in x
+//   or y, and m_d, m_e the greater of width and height of segment and edge, the error bounds
+//   of the products give: when |d x e| >= 512 u R (m_d + m_e) + 250 u m_d m_e, computed t and
+//   u in [0, 1] mean exact ones in [-0.03, 1.03], so that the two lines meet within 0.03 m_d
+//   of the segment's box and 0.03 m_e of the edge's. A node none of whose edges' boxes, grown
+//   by a sixteenth of their m_e, meets the segment's box grown by a sixteenth of m_d (both
+//   grown by a few units in the last place of the coordinates as well) holds no such edge;
+// - edges in the direction of the segment, to within the angle whose sine is
+//   1024 u R / L + 256 u, L the short length: any other edge at least L long has |d x e|
+//   large enough for the first case, if the segment is L long too;
+// - edges shorter than L, wherever they are.
+// Segments shorter than L, and coordinates whose products might overflow or underflow, take
+// the walk along the line.
 void PathClip::ClipSegment(double ax, double ay, double bx, double by,
                            std::vector<double>& out) const {
     if (!active || !Indexed() || !Finite(ax, ay) || !Finite(bx, by)) {
@@ -281,9 +364,9 @@ void PathClip::ClipSegment(double ax, double ay, double bx, double by,
     out.clear();
     const double dx = bx - ax;
     const double dy = by - ay;
-    // Each cross product below and in Crossing::Side is off by at most a few units in the
-    // last place of (|dx| + |dy|) times the distance from a of the clip's box; this reach is
-    // well above the sum of both, and the last term covers subnormal results.
+    // Each cross product of the sides is off by at most a few units in the last place of
+    // (|dx| + |dy|) times the distance from a of the clip's box; the band is well above
+    // that, and its last term covers subnormal results.
     const double reach = std::max(
         {std::fabs(minX - ax), std::fabs(maxX - ax), std::fabs(minY - ay), std::fabs(maxY - ay)});
     const double band =
@@ -292,32 +375,59 @@ void PathClip::ClipSegment(double ax, double ay, double bx, double by,
         ClipSegmentByScan(ax, ay, bx, by, out);
         return;
     }
-    scratch.assign({0.0, 1.0});
-    Crossing crossing{ax, ay, dx, dy, 0.0, 0.0, scratch};
-    const std::vector<PathElement>& v = *elements;
-    stack.assign(1, 1);
-    while (!stack.empty()) {
-        const std::size_t node = stack.back();
-        stack.pop_back();
-        const Box& box = nodes[node];
-        if (box.minX > box.maxX)
-            continue; // a leaf past the last edge
-        const double x0 = box.minX - ax, x1 = box.maxX - ax;
-        const double y0 = box.minY - ay, y1 = box.maxY - ay;
-        const double c00 = dx * y0 - dy * x0, c01 = dx * y1 - dy * x0;
-        const double c10 = dx * y0 - dy * x1, c11 = dx * y1 - dy * x1;
-        if ((c00 > band && c01 > band && c10 > band && c11 > band) ||
-            (c00 < -band && c01 < -band && c10 < -band && c11 < -band))
-            continue;
-        if (node < leafBase) {
-            stack.push_back(2 * node + 1);
-            stack.push_back(2 * node);
-            continue;
-        }
-        const std::size_t first = 1 + (node - leafBase) * kLeafEdges;
-        const std::size_t end = std::min(first + kLeafEdges, v.size());
-        for (std::size_t i = first; i < end; ++i)
-            CrossEdge(i, crossing);
+    const double length = std::max(std::fabs(dx), std::fabs(dy));
+    const double unit = 0.5 * DBL_EPSILON;
+    const double sine = 1024.0 * unit * reach / shortLength + 256.0 * unit;
+    if (!(length >= shortLength) || !(reach <= kLargest) || !(shortLength >= kSmallest) ||
+        !(sine < 1e-3)) {
+        ClipAlongLine(ax, ay, bx, by, band, out);
+        return;
     }
+
+    // The segment's box, grown as above; the slack covers the rounding of these sums.
+    const double slack = 16.0 * DBL_EPSILON * (reach + std::max(std::fabs(ax), std::fabs(ay)));
+    const double grow = 0.0625 * length + slack;
+    const double sx0 = std::min(ax, bx) - grow, sx1 = std::max(ax, bx) + grow;
+    const double sy0 = std::min(ay, by) - grow, sy1 = std::max(ay, by) + grow;
+    const auto onLine = [&](const EdgeTree::Box& box) {
+        return MeetsBand(box, ax, ay, dx, dy, band);
+    };
+    const auto near = [&](const EdgeTree::Box& box) {
+        return box.nearMinX - slack <= sx1 && box.nearMaxX + slack >= sx0 &&
+               box.nearMinY - slack <= sy1 && box.nearMaxY + slack >= sy0 && onLine(box);
+    };
+    // The trees sort out nodes; each edge of a leaf that is let in is tested on its own box.
+    candidates.clear();
+    for (const EdgeTree& tree : lengths)
+        tree.Walk(
+            near,
+            [&](std::size_t edge) {
+                if (near(EdgeTree::EdgeBox(*elements, edge)))
+                    candidates.push_back(edge);
+            },
+            stack);
+    others.clear();
+    const auto takeOnLine = [&](std::size_t edge) {
+        if (onLine(EdgeTree::EdgeBox(*elements, edge)))
+            others.push_back(edge);
+    };
+    // The directions within the angle, which may wrap round from pi to 0.
+    const double angle = std::asin(sine) + 1e-12;
+    const int from =
+        DirectionOf(std::cos(std::atan2(dy, dx) - angle), std::sin(std::atan2(dy, dx) - angle));
+    const int to =
+        DirectionOf(std::cos(std::atan2(dy, dx) + angle), std::sin(std::atan2(dy, dx) + angle));
+    for (int k = from;; k = (k + 1) % kDirections) {
+        directions[k].Walk(onLine, takeOnLine, stack);
+        if (k == to)
+            break;
+    }
+    shortEdges.Walk(onLine, takeOnLine, stack);
+    // In chain order, each edge once.
+    candidates.insert(candidates.end(), others.begin(), others.end());
+    std::sort(candidates.begin(), candidates.end());
+    candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+
+    CrossCandidates(ax, ay, dx, dy);
     KeepInside(ax, ay, bx, by, true, out);
 }

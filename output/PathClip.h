@@ -7,6 +7,7 @@
 // so that a query looks only at the edges that can matter to it, in their chain order, and
 // gets bit for bit the answer of a walk over every edge.
 #include "graphics/PathElement.h"
+#include "output/EdgeTree.h"
 
 #include <cstdint>
 #include <vector>
@@ -37,14 +38,23 @@ public:
                            std::vector<double>& out) const;
 
 private:
-    struct Box {
-        double minX, minY, maxX, maxY;
-    };
     // The state of a walk along the edges that ClipSegment carries from crossing to crossing.
     struct Crossing;
+    static constexpr int kDirections = 64;
+    static constexpr int kLengths = 16;
 
-    bool Indexed() const { return !nodes.empty(); }
+    bool Indexed() const { return !chain.Empty(); }
     void BuildIndex();
+    // Which of kDirections equal slices of the half turn the direction (ex, ey) lies in.
+    static int DirectionOf(double ex, double ey);
+    // Whether a box may hold a point whose cross product with the segment's line is within
+    // `band` of zero.
+    static bool MeetsBand(const EdgeTree::Box& box, double ax, double ay, double dx, double dy,
+                          double band);
+    void ClipAlongLine(double ax, double ay, double bx, double by, double band,
+                       std::vector<double>& out) const;
+    // Works through `candidates` (in chain order) into `scratch`.
+    void CrossCandidates(double ax, double ay, double dx, double dy) const;
     void BuildBands();
     // The winding contribution of edge `edge` at (x, y): +1, -1 or 0.
     int Winding(std::size_t edge, double x, double y) const;
@@ -55,11 +65,15 @@ private:
     const std::vector<PathElement>* elements = nullptr; // borrowed
     bool active = false;
     double minX = 0.0, minY = 0.0, maxX = 0.0, maxY = 0.0;
-    // Edge e runs from vertex e-1 to vertex e. Leaf k of the tree holds the edges
-    // 1 + k*kLeafEdges onwards; node i has the children 2i and 2i+1, the root is node 1, and
-    // the leaves are nodes leafBase .. 2*leafBase-1.
-    std::vector<Box> nodes;
-    std::size_t leafBase = 0;
+    // Every edge; the edges again, those not short, by their length (class k: the clip's
+    // extent over 2^(k+1) to its extent over 2^k, the last class all the shorter ones), so that
+    // a few long edges do not widen the boxes of many short ones; again by their direction;
+    // and the short ones, shorter in x and y than shortLength but not of length zero.
+    EdgeTree chain;
+    EdgeTree lengths[kLengths];
+    EdgeTree directions[kDirections];
+    EdgeTree shortEdges;
+    double shortLength = 0.0;
     // For the winding number: the distinct heights of the vertices, ascending, and for each
     // band between two neighbours the edges that span it; an edge spans whole bands, its ends
     // being vertices. Band k's edges are bandEdges[bandStart[k] .. bandStart[k+1]). Empty
@@ -69,4 +83,5 @@ private:
     std::vector<std::uint32_t> bandEdges;
     mutable std::vector<double> scratch;
     mutable std::vector<std::size_t> stack;
+    mutable std::vector<std::size_t> candidates, others;
 };

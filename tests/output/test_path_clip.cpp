@@ -71,16 +71,27 @@ public:
         c.ay = Grid() * scale;
         c.bx = Grid() * scale;
         c.by = Grid() * scale;
-        if (Chance(8)) { // a direction no grid holds, along which points round off the line
+        // Now and then a direction no grid holds, along which points round off the line, and
+        // with it a clip that runs along the line far from the segment, where rounding alone
+        // decides the crossings.
+        const bool alongLine = Chance(3);
+        double along = 30.0;
+        if (alongLine || Chance(8)) {
             c.bx = c.ax + Real() * scale;
             c.by = c.ay + Real() * scale;
         }
         // Now and then a long zigzag of many heights, too many bands to list.
-        const bool zigzag = Chance(20);
+        const bool zigzag = !alongLine && Chance(20);
         const int vertices = zigzag ? 700 : 33 + static_cast<int>(m_random() % 120);
         for (int i = 0; i < vertices; ++i) {
             double x = Grid() * scale, y = (zigzag ? Real() + 40.0 * (i % 2) : Grid()) * scale;
-            if (Chance(4)) {
+            if (alongLine && !Chance(5)) {
+                // Some edges far shorter than any other, along the line too.
+                const double s = along = Chance(4) ? along + Real() * 1e-12
+                                                   : 3.0 * Real() + (Chance(2) ? 30.0 : -30.0);
+                x = c.ax + s * (c.bx - c.ax);
+                y = c.ay + s * (c.by - c.ay);
+            } else if (Chance(4)) {
                 // On the segment's line, within it or far beyond it, rounded as it falls.
                 const double s = Pick({0.0, 1.0, 0.5, 0.3, -7.0, 11.0, Real()});
                 x = c.ax + s * (c.bx - c.ax);
@@ -90,6 +101,10 @@ public:
             } else if (Chance(10) && !c.clip.empty()) {
                 x = c.clip.back().x;
                 y = c.clip.back().y; // a repeated vertex
+                if (Chance(2)) {     // or nearly: an edge far shorter than any other
+                    x += Real() * 1e-13 * scale;
+                    y += Real() * 1e-13 * scale;
+                }
             }
             c.clip.push_back({x, y, i == 0 ? 'm' : 'l'});
         }
