@@ -87,8 +87,8 @@ public:
             double x = Grid() * scale, y = (zigzag ? Real() + 40.0 * (i % 2) : Grid()) * scale;
             if (alongLine && !Chance(5)) {
                 // Some edges far shorter than any other, along the line too.
-                const double s = along = Chance(4) ? along + Real() * 1e-12
-                                                   : 3.0 * Real() + (Chance(2) ? 30.0 : -30.0);
+                const double s = along =
+                    Chance(4) ? along + Real() * 1e-12 : 3.0 * Real() + (Chance(2) ? 30.0 : -30.0);
                 x = c.ax + s * (c.bx - c.ax);
                 y = c.ay + s * (c.by - c.ay);
             } else if (Chance(4)) {
