@@ -77,8 +77,10 @@ TEST(Parser, NumberForms) {
         const int length = 1 + static_cast<int>(random() % (n % 10 == 0 ? 40 : 12));
         for (int i = 0; i < length; ++i)
             text += alphabet[random() % (i < 30 ? alphabet.size() : 10)];
-        if (n % 7 == 0)
-            text += "e" + std::to_string(static_cast<int>(random() % 800) - 400);
+        if (n % 7 == 0) {
+            text += 'e';
+            text += std::to_string(static_cast<int>(random() % 800) - 400);
+        }
         const double expected = strtod_l(text.c_str(), nullptr, classic);
         ASSERT_EQ(std::bit_cast<std::uint64_t>(PdfAtof(text.c_str())),
                   std::bit_cast<std::uint64_t>(expected))
