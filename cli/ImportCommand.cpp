@@ -16,8 +16,8 @@
 #include "host/base/VmFontList.h"
 #include "host/plugin/VmPlugInLibrary.h"
 #include "host/ui/CVelmoApp.h"
-#include "host/ui/VmUiDriver.h"
 #include "host/ui/VmMessages.h"
+#include "host/ui/VmUiDriver.h"
 
 #include <cerrno>
 #include <cstdlib>

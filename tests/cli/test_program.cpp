@@ -83,10 +83,10 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
     EXPECT_NE(r.out.find("import"), std::string::npos) << r.out;
     r = Run("import --help");
     EXPECT_EQ(r.status, 0);
-    for (const char* option : {"--type", "--option", "--batch", "--fit-views", "--reference",
-                               "--no-questions", "--interactive", "--answers", "--pages",
-                               "--settings", "--json", "--json-indent", "--svg", "--quiet",
-                               "--plugin", "--temp-dir", "--max-memory"})
+    for (const char* option :
+         {"--type", "--option", "--batch", "--fit-views", "--reference", "--no-questions",
+          "--interactive", "--answers", "--pages", "--settings", "--json", "--json-indent", "--svg",
+          "--quiet", "--plugin", "--temp-dir", "--max-memory"})
         EXPECT_NE(r.out.find(option), std::string::npos) << option;
     r = Run("--version");
     EXPECT_EQ(r.status, 0);
