@@ -11,6 +11,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The numbers a function dictionary gives for one evaluation (graphics/colour).
 struct FunctionValues;
@@ -87,6 +88,10 @@ private:
     // Colour spaces and tint transforms (graphics/colour).
     PDFToken* ColourSpaceResources();
     void ApplyColourAtDepth(std::uint8_t which, int depth);
+    // An array alternate: Lab through its white point, any other family taking the first
+    // value as red and the second as green and blue, the rest pushed back.
+    void SetArrayAlternateColour(PDFToken* alternate, std::uint8_t which,
+                                 const std::vector<double>& values, std::size_t count);
     void EvaluateTintTransform(PDFToken* function, PDFToken* alternate, std::uint8_t which);
     void EvaluateSampled(const FunctionValues& values, const std::string& data, PDFToken* alternate,
                          std::uint8_t which);
