@@ -173,6 +173,7 @@ TEST_F(ProgramTest, ReportsOnStandardOutputAndModeFlags) {
     EXPECT_EQ(report["views"]["fits"], 0);
     EXPECT_EQ(report["objects"][0]["reference"], false);
     EXPECT_NE(r.err.find("Imported 3 curves"), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find('\r'), std::string::npos) << "no spinner in a file";
     // Without options the drawing is fitted to the default screen, 40 units across.
     const json& line = report["objects"][0]["curve"]["points"];
     EXPECT_NEAR(line[1][0].get<double>() - line[0][0].get<double>(), 20.0, 1e-9);
