@@ -1,6 +1,7 @@
-// Writing the reports of a large document: the JSON, compact and indented, and the SVG, of
-// 20,000 polylines of 50 points and 10,000 hatches with a hole. Both are written as they are
-// produced, so the cost should follow the bytes.
+// Writing the reports of a large document: the JSON, compact and indented, the SVG and the
+// DXF, of 20,000 polylines of 50 points and 10,000 hatches with a hole. All are written as
+// they are produced, so the cost should follow the bytes.
+#include "cli/DocumentDxf.h"
 #include "cli/DocumentJson.h"
 #include "cli/DocumentSvg.h"
 #include "cli/JsonWriter.h"
@@ -10,6 +11,8 @@
 #include <cmath>
 #include <memory>
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -71,5 +74,18 @@ void WriteSvg(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
 }
 BENCHMARK(WriteSvg)->Unit(benchmark::kMillisecond);
+
+void WriteDxf(benchmark::State& state) {
+    const CVelmoDoc& doc = LargeDocument();
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        std::ostringstream out;
+        std::vector<std::string> warnings;
+        benchmark::DoNotOptimize(WriteDocumentDxf(out, doc, warnings));
+        bytes = out.str().size();
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
+}
+BENCHMARK(WriteDxf)->Unit(benchmark::kMillisecond);
 
 } // namespace
