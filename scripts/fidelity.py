@@ -23,7 +23,6 @@ import argparse
 import json
 import math
 import multiprocessing
-import os
 import re
 import shutil
 import subprocess
@@ -82,9 +81,9 @@ def own_entry(text, key):
             depth -= 1
             i += 2
             continue
-        if depth == 1 and text.startswith("/" + key, i) and not re.match(r"[A-Za-z0-9]",
-                                                                        text[i + len(key) + 1:i + len(key) + 2]):
-            rest = text[i + len(key) + 1:]
+        end = i + len(key) + 1
+        if depth == 1 and text.startswith("/" + key, i) and not text[end:end + 1].isalnum():
+            rest = text[end:]
             m = re.match(r"\s*\[([^\]]*)\]", rest)
             if m:
                 return ("array", [float(v) for v in re.findall(NUMBER, m.group(1))])
@@ -113,9 +112,9 @@ def page_info(pdf, page):
     own = mutool_show(pdf, "pages/%d" % page)
     own_media = None
     e = own_entry(own, "MediaBox")
-    if e and e[0] == "ref":
-        e = ("array", [float(v) for v in re.findall(NUMBER, re.sub(
-            r"^\d+ \d+ obj|endobj", "", mutool_show(pdf, str(e[1])).strip()))])
+    if e and e[0] == "ref":  # the importer resolves the box
+        body = re.sub(r"^\d+ \d+ obj|endobj", "", mutool_show(pdf, str(e[1])).strip())
+        e = ("array", [float(v) for v in re.findall(NUMBER, body)])
     if e and e[0] == "array" and len(e[1]) >= 4:
         own_media = e[1][:4]
     e = own_entry(own, "Rotate")
@@ -167,11 +166,15 @@ def transform_box(m, box):
 # The two pictures
 
 
-def render_reference(pdf, page, dpi, out_png):
+def render_reference(pdf, page, dpi, out_png, keep_text, keep_images):
     cmd = ["gs", "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=png16m", "-r%g" % dpi,
-           "-dFirstPage=%d" % page, "-dLastPage=%d" % page, "-dFILTERTEXT", "-dFILTERIMAGE",
-           "-dUseFastColor", "-dTextAlphaBits=1", "-dGraphicsAlphaBits=1",
-           "-sOutputFile=" + str(out_png), str(pdf)]
+           "-dFirstPage=%d" % page, "-dLastPage=%d" % page, "-dUseFastColor",
+           "-dTextAlphaBits=1", "-dGraphicsAlphaBits=1", "-sOutputFile=" + str(out_png),
+           str(pdf)]
+    if not keep_text:
+        cmd.insert(-2, "-dFILTERTEXT")
+    if not keep_images:
+        cmd.insert(-2, "-dFILTERIMAGE")
     try:
         r = run(cmd, 180)
     except subprocess.TimeoutExpired:
@@ -197,7 +200,7 @@ def plot_widths(doc):
     return widths
 
 
-def prepare_svg(svg_in, svg_out, doc, window, pixel_size, keep_images):
+def prepare_svg(svg_in, svg_out, doc, window, pixel_size, keep_images, keep_text):
     """The importer's SVG on the page's window: viewBox, size, no texts (nor pictures), strokes
     at their widths, no anti-aliasing."""
     tree = ET.parse(svg_in)
@@ -213,17 +216,25 @@ def prepare_svg(svg_in, svg_out, doc, window, pixel_size, keep_images):
 
     one_pixel = (x1 - x0) / width
     widths = plot_widths(doc)
-    strokes = []
+    strokes, fills = [], []
     for parent in root.iter():
         for child in list(parent):
             tag = child.tag.split("}")[-1]
-            if tag == "text" or (tag == "image" and not keep_images):
+            if (tag == "text" and not keep_text) or (tag == "image" and not keep_images):
                 parent.remove(child)
             elif tag == "path" and child.get("stroke") not in (None, "none"):
                 strokes.append(child)
+            elif tag == "path" and child.get("fill") not in (None, "none"):
+                # Ghostscript paints every pixel a fill touches; an outline of one pixel in
+                # the fill's colour does the same here, so that fills thinner than a pixel
+                # (rules and dots drawn as rectangles) do not vanish between pixel centres.
+                child.set("stroke", child.get("fill"))
+                fills.append(child)
     matched = len(strokes) == len(widths)
     for path, w in zip(strokes, widths if matched else [0.0] * len(strokes)):
         path.set("stroke-width", repr(max(w, one_pixel)))
+    for path in fills:
+        path.set("stroke-width", repr(one_pixel))
     tree.write(svg_out, xml_declaration=True, encoding="UTF-8")
     return matched
 
@@ -344,6 +355,16 @@ def page_name(pdf, page):
 
 
 def measure_page(job):
+    try:
+        return measure_page_unguarded(job)
+    except Exception as e:  # one odd page must not end the whole run
+        pdf, page, _ = job
+        return {"file": str(pdf), "page": page, "name": page_name(pdf, page),
+                "status": "script error", "note": repr(e)[:200], "f": 0.0, "precision": 0.0,
+                "recall": 0.0, "shape_f": 0.0}
+
+
+def measure_page_unguarded(job):
     pdf, page, args = job
     out = Path(args.out) / "pages"
     name = page_name(pdf, page)
@@ -369,7 +390,7 @@ def measure_page(job):
     row["dpi"] = dpi
 
     ref_png = base.with_name(name + ".ref.png")
-    err = render_reference(pdf, page, dpi, ref_png)
+    err = render_reference(pdf, page, dpi, ref_png, args.text, args.images)
     if err:
         row.update(status="reference failed", note=err, f=0.0, precision=0.0, recall=0.0,
                    shape_f=0.0)
@@ -379,7 +400,7 @@ def measure_page(job):
 
     settings = base.with_name(name + ".settings.json")
     settings_file(settings)
-    temp = base.with_name(name + ".images")
+    temp = base.with_name(name + ".images").resolve()
     json_out, svg_raw = base.with_name(name + ".json"), base.with_name(name + ".raw.svg")
     cmd = [args.tarquil, "import", str(pdf), "--pages", str(page), "--settings", str(settings),
            "--option", "PreserveModelScale=true", "--option", "VelmoScale=1", "--option",
@@ -404,7 +425,7 @@ def measure_page(job):
     mine_png = base.with_name(name + ".svg.png")
     if svg_raw.exists():
         svg = base.with_name(name + ".svg")
-        if not prepare_svg(svg_raw, svg, doc, window, size, args.images):
+        if not prepare_svg(svg_raw, svg, doc, window, size, args.images, args.text):
             notes.append("stroke widths unmatched")
         err = render_svg(svg, size, mine_png)
         if err:
@@ -442,7 +463,9 @@ def main():
     ap.add_argument("--max-pages", type=int, default=0, help="pages per file (0: all)")
     ap.add_argument("--timeout", type=int, default=120, help="seconds per import (120)")
     ap.add_argument("--images", action="store_true",
-                    help="draw picture frames (the reference still leaves images out)")
+                    help="keep images on both sides (picture frames in the SVG)")
+    ap.add_argument("--text", action="store_true",
+                    help="keep texts on both sides (in the machine's fonts: for placement)")
     ap.add_argument("--out", default="out/fidelity")
     args = ap.parse_args()
 
@@ -472,7 +495,8 @@ def main():
     with multiprocessing.Pool(args.jobs) as pool:
         for i, row in enumerate(pool.imap_unordered(measure_page, jobs), 1):
             rows.append(row)
-            print("\r%d/%d pages" % (i, len(jobs)), end="", file=sys.stderr, flush=True)
+            if sys.stderr.isatty():
+                print("\r%d/%d pages" % (i, len(jobs)), end="", file=sys.stderr, flush=True)
     print(file=sys.stderr)
 
     rows.sort(key=lambda r: (r["f"], r["file"], r["page"]))
@@ -490,12 +514,18 @@ def main():
         note = ("blank; " if r.get("blank") else "") + r.get("note", "")
         print("%6.3f %6.3f %6.3f %6.3f  %-60s %s" % (r["f"], r["precision"], r["recall"],
                                                      r.get("shape_f", 0.0), label, note))
-    inked = [r for r in rows if not r.get("blank")]
+    # Pages the renderer could not draw measure nothing; blank pages would only pull the
+    # mean up.
+    unrendered = [r for r in rows
+                  if r["status"] in ("no page box", "reference failed", "script error")]
+    inked = [r for r in rows if not r.get("blank") and r not in unrendered]
     mean = sum(r["f"] for r in inked) / len(inked) if inked else 0.0
     shape = sum(r.get("shape_f", 0.0) for r in inked) / len(inked) if inked else 0.0
     below = sum(1 for r in inked if r["f"] < 0.9)
-    print("\n%d pages, %d blank on both sides; over the other %d: mean F %.4f (shape %.4f), "
-          "%d under 0.9" % (len(rows), len(rows) - len(inked), len(inked), mean, shape, below))
+    print("\n%d pages, %d blank on both sides, %d the renderer could not draw; over the other "
+          "%d: mean F %.4f (shape %.4f), %d under 0.9" % (
+              len(rows), sum(1 for r in rows if r.get("blank")), len(unrendered), len(inked),
+              mean, shape, below))
 
     for k, r in enumerate(inked[:args.worst]):
         base = out / "pages" / r["name"]
