@@ -364,29 +364,46 @@ def measure_page(job):
                 "recall": 0.0, "shape_f": 0.0}
 
 
-def measure_page_unguarded(job):
-    pdf, page, args = job
-    out = Path(args.out) / "pages"
-    name = page_name(pdf, page)
-    base = out / name
-    row = {"file": str(pdf), "page": page, "name": name, "note": ""}
-    media, rot, own_media, own_rotate = page_info(pdf, page)
-    if media is None:
-        row.update(status="no page box", f=0.0, precision=0.0, recall=0.0, shape_f=0.0)
-        return row
-    matrix = page_matrix(own_media, own_rotate)
-    window = transform_box(matrix, media)
+def import_pdf(args, pdf, pages, base):
+    """tarquil's import of `pages` of `pdf` at scale 1 into base.json and base.raw.svg:
+    (exit status, the JSON report, the SVG's path, notes)."""
+    settings = base.with_name(base.name + ".settings.json")
+    settings_file(settings)
+    temp = base.with_name(base.name + ".images").resolve()
+    json_out, svg_raw = base.with_name(base.name + ".json"), base.with_name(base.name + ".raw.svg")
+    cmd = [args.tarquil, "import", str(pdf), "--pages", pages, "--settings", str(settings),
+           "--option", "PreserveModelScale=true", "--option", "VelmoScale=1", "--option",
+           "PDFScale=1", "--option", "PdfUnits=3", "--quiet", "--temp-dir", str(temp),
+           "--json", str(json_out), "--svg", str(svg_raw)]
+    try:
+        status = run(cmd, args.timeout, stdin=subprocess.DEVNULL).returncode
+    except subprocess.TimeoutExpired:
+        status = "timeout"
+    doc = {}
+    if json_out.exists():
+        try:
+            doc = json.loads(json_out.read_text(encoding="utf-8"))
+        except ValueError:
+            doc = {}
     notes = []
-    if (own_rotate % 360) != (rot % 360):
-        notes.append("inherited /Rotate %d" % rot)
-    if own_media is None:
-        notes.append("inherited /MediaBox")
+    if status != 0:
+        msgs = [m.get("text", "").strip() for m in doc.get("messages", [])]
+        notes.append("import %s: %s" % (status, (msgs[-1] if msgs else "")[:80]))
+    return status, doc, svg_raw, notes
 
+
+def judge_page(args, pdf, page, media, window, imported):
+    """Renders the page, draws the imported SVG on `window` and compares the two."""
+    status, doc, svg_raw, notes = imported
+    name = page_name(pdf, page)
+    base = Path(args.out) / "pages" / name
+    row = {"file": str(pdf), "page": page, "name": name, "note": "",
+           "objects": len(doc.get("objects", []))}
     dpi = args.dpi
     w_pt, h_pt = media[2] - media[0], media[3] - media[1]
     if w_pt * h_pt * (dpi / 72.0) ** 2 > MAX_PIXELS:
         dpi = 72.0 * math.sqrt(MAX_PIXELS / (w_pt * h_pt))
-        notes.append("drawn at %.0f dpi" % dpi)
+        notes = notes + ["drawn at %.0f dpi" % dpi]
     row["dpi"] = dpi
 
     ref_png = base.with_name(name + ".ref.png")
@@ -398,38 +415,14 @@ def measure_page_unguarded(job):
     ref = load_rgb(ref_png)
     size = (ref.shape[1], ref.shape[0])
 
-    settings = base.with_name(name + ".settings.json")
-    settings_file(settings)
-    temp = base.with_name(name + ".images").resolve()
-    json_out, svg_raw = base.with_name(name + ".json"), base.with_name(name + ".raw.svg")
-    cmd = [args.tarquil, "import", str(pdf), "--pages", str(page), "--settings", str(settings),
-           "--option", "PreserveModelScale=true", "--option", "VelmoScale=1", "--option",
-           "PDFScale=1", "--option", "PdfUnits=3", "--quiet", "--temp-dir", str(temp),
-           "--json", str(json_out), "--svg", str(svg_raw)]
-    try:
-        r = run(cmd, args.timeout, stdin=subprocess.DEVNULL)
-        status = r.returncode
-    except subprocess.TimeoutExpired:
-        status = "timeout"
-    doc = {}
-    if json_out.exists():
-        try:
-            doc = json.loads(json_out.read_text(encoding="utf-8"))
-        except ValueError:
-            doc = {}
-    if status != 0:
-        msgs = [m.get("text", "").strip() for m in doc.get("messages", [])]
-        notes.append("import %s: %s" % (status, (msgs[-1] if msgs else "")[:80]))
-    row["objects"] = len(doc.get("objects", []))
-
     mine_png = base.with_name(name + ".svg.png")
     if svg_raw.exists():
         svg = base.with_name(name + ".svg")
         if not prepare_svg(svg_raw, svg, doc, window, size, args.images, args.text):
-            notes.append("stroke widths unmatched")
+            notes = notes + ["stroke widths unmatched"]
         err = render_svg(svg, size, mine_png)
         if err:
-            notes.append(err)
+            notes = notes + [err]
     mine = load_rgb(mine_png, size) if mine_png.exists() else np.full(ref.shape, 255, np.int16)
 
     result = compare(ref, mine, args.tolerance)
@@ -440,6 +433,112 @@ def measure_page_unguarded(job):
     row["blank"] = result["ink_ref"] == 0 and result["ink_tarquil"] == 0
     row["note"] = "; ".join(notes)
     return row
+
+
+def box_notes(rot, own_rotate, own_media):
+    notes = []
+    if (own_rotate % 360) != (rot % 360):
+        notes.append("inherited /Rotate %d" % rot)
+    if own_media is None:
+        notes.append("inherited /MediaBox")
+    return notes
+
+
+def measure_file(job):
+    try:
+        return measure_file_stacked(job)
+    except Exception as e:  # one odd file must not end the whole run
+        pdf, pages, _ = job
+        return [{"file": str(pdf), "page": p, "name": page_name(pdf, p),
+                 "status": "script error", "note": repr(e)[:200], "f": 0.0, "precision": 0.0,
+                 "recall": 0.0, "shape_f": 0.0} for p in range(1, pages + 1)]
+
+
+def measure_page_unguarded(job):
+    pdf, page, args = job
+    name = page_name(pdf, page)
+    media, rot, own_media, own_rotate = page_info(pdf, page)
+    if media is None:
+        return {"file": str(pdf), "page": page, "name": name, "note": "",
+                "status": "no page box", "f": 0.0, "precision": 0.0, "recall": 0.0,
+                "shape_f": 0.0}
+    window = transform_box(page_matrix(own_media, own_rotate), media)
+    imported = import_pdf(args, pdf, str(page), Path(args.out) / "pages" / name)
+    imported[3][:0] = box_notes(rot, own_rotate, own_media)
+    return judge_page(args, pdf, page, media, window, imported)
+
+
+def drawn_box(doc):
+    """The box of the curves and hatches of a report, Bezier spans sampled."""
+    xs, ys = [], []
+
+    def curve(c):
+        for seg in c.get("segments", []):
+            curve(seg)
+        pts = c.get("points", [])
+        if c.get("type") == "nurbs" and not c.get("rational") and len(pts) == 4:
+            for k in range(33):
+                t = k / 32.0
+                w = ((1 - t) ** 3, 3 * t * (1 - t) ** 2, 3 * t * t * (1 - t), t ** 3)
+                xs.append(sum(wi * p[0] for wi, p in zip(w, pts)))
+                ys.append(sum(wi * p[1] for wi, p in zip(w, pts)))
+        else:
+            xs.extend(p[0] for p in pts)
+            ys.extend(p[1] for p in pts)
+
+    for obj in doc.get("objects", []):
+        if obj.get("kind") == "curve":
+            curve(obj.get("curve", {}))
+        elif obj.get("kind") == "hatch":
+            for loop in obj.get("loops", []):
+                curve(loop.get("curve", {}))
+    return (min(xs), min(ys), max(xs), max(ys)) if xs else None
+
+
+def measure_file_stacked(job):
+    """Every page of one import of the whole file, each on the place the page driver gives it
+    below the pages before it."""
+    pdf, pages, args = job
+    base = Path(args.out) / "pages" / ("%s__%s__all" % (pdf.parent.name, pdf.stem))
+    whole = import_pdf(args, pdf, "1-%d" % pages, base)
+    rows, cursor = [], 0.0
+    for ordinal in range(pages):
+        page = ordinal + 1
+        name = page_name(pdf, page)
+        media, rot, own_media, own_rotate = page_info(pdf, page)
+        if media is None:
+            rows.append({"file": str(pdf), "page": page, "name": name, "note": "",
+                         "status": "no page box", "f": 0.0, "precision": 0.0,
+                         "recall": 0.0, "shape_f": 0.0})
+            continue
+        size, e, f = 0.0, 0.0, 0.0
+        if own_media:
+            x0, y0, x1, y1 = own_media
+            a = -own_rotate % 360.0
+            if int((a + 45) / 90) % 2 == 0:
+                size, e, f = y1 - y0, (y0 + y1) / 2, (x0 + x1) / 2
+            else:
+                size, e, f = x1 - x0, (x0 + x1) / 2, (y0 + y1) / 2
+        elif ordinal == 1:
+            # The second page without a box of its own takes the first page's drawing,
+            # grown by its own size on every side.
+            first = import_pdf(args, pdf, "1", base.with_name(page_name(pdf, 1) + ".first"))
+            box = drawn_box(first[1])
+            if box:
+                size = 3 * (box[3] - box[1])
+                e, f = (box[0] + box[2]) / 2, (box[1] + box[3]) / 2
+        if ordinal:
+            cursor -= size / 2
+        turn = page_matrix(None, own_rotate)
+        # The turn about (e, f), then the move down to the cursor.
+        a, b, c, d = turn[:4]
+        matrix = (a, b, c, d, e - (a * e + c * f), f - (b * e + d * f) + cursor)
+        cursor -= size / 2
+        window = transform_box(matrix, media)
+        status, doc, svg_raw, notes = whole
+        imported = (status, doc, svg_raw, box_notes(rot, own_rotate, own_media) + notes)
+        rows.append(judge_page(args, pdf, page, media, window, imported))
+    return rows
 
 
 # ---------------------------------------------------------------------------------------------
@@ -466,6 +565,9 @@ def main():
                     help="keep images on both sides (picture frames in the SVG)")
     ap.add_argument("--text", action="store_true",
                     help="keep texts on both sides (in the machine's fonts: for placement)")
+    ap.add_argument("--stacked", action="store_true",
+                    help="import each file whole and find every page where the page driver "
+                         "stacks it below the pages before it")
     ap.add_argument("--out", default="out/fidelity")
     args = ap.parse_args()
 
@@ -489,14 +591,18 @@ def main():
             print("%s: no pages (the renderer cannot read it); left out" % pdf, file=sys.stderr)
         if args.max_pages:
             n = min(n, args.max_pages)
-        jobs += [(pdf, p, args) for p in range(1, n + 1)]
+        if args.stacked:
+            jobs += [(pdf, n, args)] if n else []
+        else:
+            jobs += [(pdf, p, args) for p in range(1, n + 1)]
 
     rows = []
+    measure = measure_file if args.stacked else measure_page
     with multiprocessing.Pool(args.jobs) as pool:
-        for i, row in enumerate(pool.imap_unordered(measure_page, jobs), 1):
-            rows.append(row)
+        for i, result in enumerate(pool.imap_unordered(measure, jobs), 1):
+            rows += result if isinstance(result, list) else [result]
             if sys.stderr.isatty():
-                print("\r%d/%d pages" % (i, len(jobs)), end="", file=sys.stderr, flush=True)
+                print("\r%d/%d" % (i, len(jobs)), end="", file=sys.stderr, flush=True)
     print(file=sys.stderr)
 
     rows.sort(key=lambda r: (r["f"], r["file"], r["page"]))
