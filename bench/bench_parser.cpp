@@ -48,4 +48,27 @@ void ParseContent(benchmark::State& state) {
 }
 BENCHMARK(ParseContent)->Arg(100000)->Unit(benchmark::kMillisecond);
 
+// Closing brackets that open nothing, over a deep stack of operands, read by a caller that
+// goes on after each failure: each closer used to search the whole stack for its mark.
+void UnmatchedClosers(benchmark::State& state) {
+    const int count = static_cast<int>(state.range(0));
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += "1 ";
+    for (int i = 0; i < count; ++i)
+        text += i % 2 ? "] " : ">> ";
+    for (auto _ : state) {
+        auto input = MakeMemoryInput(text.data(), text.size());
+        PDFParser parser(input.get(), nullptr);
+        int failures = 0;
+        for (PDFStatus status = kPdfOk; status != kPdfEof;) {
+            status = parser.ReadToken();
+            failures += status != kPdfOk && status != kPdfEof;
+        }
+        benchmark::DoNotOptimize(failures);
+    }
+    state.SetComplexityN(count);
+}
+BENCHMARK(UnmatchedClosers)->Range(1 << 10, 1 << 16)->Complexity()->Unit(benchmark::kMillisecond);
+
 } // namespace

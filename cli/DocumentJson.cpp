@@ -3,7 +3,6 @@
 #include "host/base/GK_String.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace {
 
@@ -193,8 +192,10 @@ void WriteHatchMembers(JsonWriter& out, const CVelmoHatch* object) {
     WriteIndexOrNull(out, hatch->PatternIndex());
     out.Key("loops");
     WriteList(out, hatch->LoopCount(), [&](int i) {
+        // This host keeps loops in world coordinates, so the loop's own curve is what
+        // LoopCurve3d would copy.
         const GK_HatchLoop* loop = hatch->Loop(i);
-        const std::unique_ptr<GK_Curve> curve(hatch->LoopCurve3d(i));
+        const GK_Curve* curve = loop ? loop->Curve() : nullptr;
         out.BeginObject();
         out.Key("type").String(loop && loop->Type() == GK_HatchLoop::ltInner ? "inner" : "outer");
         out.Key("curve");
@@ -266,7 +267,7 @@ void WriteViews(JsonWriter& out, const CVelmoDoc& doc) {
 } // namespace
 
 void WriteCurveJson(JsonWriter& out, const GK_Curve& curve) {
-    if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve)) {
+    if (const auto* line = GK_CurveCast<GK_LineCurve>(&curve)) {
         out.BeginObject();
         out.Key("type").String("line");
         out.Key("points").BeginArray();
@@ -276,7 +277,7 @@ void WriteCurveJson(JsonWriter& out, const GK_Curve& curve) {
         out.EndObject();
         return;
     }
-    if (const auto* pline = dynamic_cast<const GK_PolylineCurve*>(&curve)) {
+    if (const auto* pline = GK_CurveCast<GK_PolylineCurve>(&curve)) {
         out.BeginObject();
         out.Key("type").String("polyline");
         out.Key("points").BeginArray();
@@ -286,11 +287,11 @@ void WriteCurveJson(JsonWriter& out, const GK_Curve& curve) {
         out.EndObject();
         return;
     }
-    if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
+    if (const auto* nurbs = GK_CurveCast<GK_NurbsCurve>(&curve)) {
         WriteNurbs(out, *nurbs);
         return;
     }
-    if (const auto* poly = dynamic_cast<const GK_PolyCurve*>(&curve)) {
+    if (const auto* poly = GK_CurveCast<GK_PolyCurve>(&curve)) {
         out.BeginObject();
         out.Key("type").String("polycurve");
         out.Key("segments");

@@ -9,12 +9,15 @@
 #include "cli/ScriptedOptions.h"
 #include "cli/SettingsStore.h"
 #include "cli/TarquilApp.h"
+#include "cli/TerminalSpinner.h"
 #include "cli/UsageError.h"
 #include "host/base/CVelmoFileUtilities.h"
 #include "host/base/GK_String.h"
 #include "host/base/VmFontList.h"
 #include "host/plugin/VmPlugInLibrary.h"
+#include "host/ui/CVelmoApp.h"
 #include "host/ui/VmMessages.h"
+#include "host/ui/VmUiDriver.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -23,6 +26,7 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <sys/stat.h>
@@ -88,12 +92,55 @@ std::optional<std::string> WhyUnreadable(const std::string& path) {
     return std::nullopt;
 }
 
+// The wait cursor as a person at a terminal sees it: a spinner on standard error while the
+// importer works. Only for a terminal, so that no pipe or file ever gets any of it, and not
+// with --quiet. The host's messages and prompts go through streams that keep clear of it;
+// everything is set back when the import is over.
+class WaitCursorDisplay {
+public:
+    explicit WaitCursorDisplay(bool wanted) {
+        if (!wanted || !TerminalSpinner::IsTerminal(STDERR_FILENO))
+            return;
+        m_spinner = std::make_unique<TerminalSpinner>(STDERR_FILENO);
+        m_errors = std::make_unique<GuardedOutput>(*m_spinner, std::cerr);
+        m_input = std::make_unique<GuardedInput>(*m_spinner, std::cin);
+        CVelmoWaitCursor::SetListener([spinner = m_spinner.get()](bool shown) {
+            if (shown)
+                spinner->Show();
+            else
+                spinner->Hide();
+        });
+    }
+    WaitCursorDisplay(const WaitCursorDisplay&) = delete;
+    WaitCursorDisplay& operator=(const WaitCursorDisplay&) = delete;
+    ~WaitCursorDisplay() {
+        if (!m_spinner)
+            return;
+        CVelmoWaitCursor::SetListener(nullptr);
+        if (VmMessages().Echo() == m_errors.get())
+            VmMessages().SetEcho(&std::cerr);
+        if (VmUi().HasTerminal())
+            VmUi().SetTerminal(&std::cin, &std::cerr);
+    }
+
+    std::ostream& Errors() { return m_errors ? *m_errors : std::cerr; }
+    std::istream& Input() { return m_input ? *m_input : std::cin; }
+
+private:
+    std::unique_ptr<TerminalSpinner> m_spinner;
+    std::unique_ptr<GuardedOutput> m_errors;
+    std::unique_ptr<GuardedInput> m_input;
+};
+
 // The host as the options set it up, before the plug-in is loaded. Options that configure
 // the host itself belong here. The modeller runs without windows unless a person is there to
 // answer.
 void PrepareHost(const ImportArguments& args, const nlohmann::json& answers, CVelmoDoc& doc,
-                 std::optional<std::vector<std::wstring>> fonts) {
-    SetUpHostAnswers({answers, args.interactive, args.quiet, args.pages});
+                 std::optional<std::vector<std::wstring>> fonts, WaitCursorDisplay& display) {
+    HostAnswers host{answers, args.interactive, args.quiet, args.pages};
+    host.input = &display.Input();
+    host.errors = &display.Errors();
+    SetUpHostAnswers(host);
     doc.SetHeadless(!args.interactive);
     CVelmoFileUtilities::SetTempFolder(VmWideFromBytes(args.tempDir).c_str());
     VmSetFontFamilies(std::move(fonts));
@@ -223,7 +270,8 @@ int RunImport(const ImportArguments& args) {
                      "are neither loaded nor saved\n";
 
     CVelmoDoc doc;
-    PrepareHost(args, answers, doc, std::move(fonts));
+    WaitCursorDisplay display(!args.quiet);
+    PrepareHost(args, answers, doc, std::move(fonts), display);
 
     // The modeller loads a plug-in before its first use and hands it its settings; it takes
     // them back when it unloads the plug-in.

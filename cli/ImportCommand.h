@@ -26,7 +26,7 @@ struct ImportArguments {
     std::string svgOut;
     std::string tempDir;   // empty: the host's default temporary folder
     std::string maxMemory; // empty: half of the machine's memory
-    std::string plugIn; // empty: the library beside the program
+    std::string plugIn;    // empty: the library beside the program
     std::string fontsPath; // empty: the installed font families
 };
 

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <bit>
 #include <charconv>
 #include <cmath>
 
@@ -167,10 +168,17 @@ JsonWriter& JsonWriter::Number(double value) {
     if (!std::isfinite(value))
         return Null();
     // The library's own shortest round-trip form, so that this text is the one a parsed
-    // and dumped copy would have.
-    char text[64];
-    char* end = nlohmann::detail::to_chars(text, text + sizeof text, value);
-    Scalar(std::string_view(text, static_cast<std::size_t>(end - text)));
+    // and dumped copy would have. Drawings repeat their coordinates (a vertex shared by
+    // neighbouring faces, a loop's start at its end), so the text of recent values is kept
+    // by their bits.
+    const std::uint64_t bits = std::bit_cast<std::uint64_t>(value);
+    NumberText& entry = m_numbers[(bits ^ (bits >> 29) ^ (bits >> 43)) & (kNumberTexts - 1)];
+    if (entry.length == 0 || entry.bits != bits) {
+        char* end = nlohmann::detail::to_chars(entry.text, entry.text + sizeof entry.text, value);
+        entry.bits = bits;
+        entry.length = static_cast<std::uint8_t>(end - entry.text);
+    }
+    Scalar(std::string_view(entry.text, entry.length));
     return *this;
 }
 

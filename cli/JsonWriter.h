@@ -52,10 +52,19 @@ private:
     void FlushPending();
     void Spill();
 
+    // The text of a number written lately, kept by the number's bits.
+    struct NumberText {
+        std::uint64_t bits = 0;
+        std::uint8_t length = 0; // 0: nothing kept
+        char text[31];
+    };
+    static constexpr std::size_t kNumberTexts = 4096;
+
     std::ostream& m_out; // borrowed
     int m_indent;
     std::vector<Frame> m_frames;
     std::string m_buffer;
     std::string m_pending;                  // the waiting values' text, one after another
     std::vector<std::size_t> m_pendingEnds; // where each of them ends in m_pending
+    std::vector<NumberText> m_numbers = std::vector<NumberText>(kNumberTexts);
 };

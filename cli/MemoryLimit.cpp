@@ -5,34 +5,35 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <new>
 
-namespace {
-
-std::atomic<std::size_t> allocated{0};
-std::atomic<std::size_t> ceiling{std::numeric_limits<std::size_t>::max()};
-
 #if defined(__SANITIZE_ADDRESS__)
-constexpr bool kSanitized = true;
+#define TARQUIL_COUNT_ALLOCATIONS 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
+#define TARQUIL_COUNT_ALLOCATIONS 1
 #endif
-#else
-constexpr bool kSanitized = false;
+#endif
+#ifndef TARQUIL_COUNT_ALLOCATIONS
+#define TARQUIL_COUNT_ALLOCATIONS 0
 #endif
 
+namespace {
+
+// Counted per thread and not atomically: the import runs on one thread. Memory freed by
+// another thread than the one that took it only skews those threads' counts (signed, so
+// nothing wraps). Counting costs about a twentieth of a large import's time, which is why
+// only sanitizer builds, which cannot use the address-space limit, pay it.
+thread_local std::ptrdiff_t allocated = 0;
+thread_local std::ptrdiff_t ceiling = std::numeric_limits<std::ptrdiff_t>::max();
+
+#if TARQUIL_COUNT_ALLOCATIONS
 void* Allocate(std::size_t size, std::size_t alignment) {
-    if (size > ceiling.load(std::memory_order_relaxed) -
-                   std::min(allocated.load(std::memory_order_relaxed),
-                            ceiling.load(std::memory_order_relaxed)))
+    if (size > static_cast<std::size_t>(ceiling - std::min(allocated, ceiling)))
         return nullptr;
     if (size == 0)
         size = 1;
@@ -42,14 +43,14 @@ void* Allocate(std::size_t size, std::size_t alignment) {
     else if (posix_memalign(&p, alignment, size) != 0)
         p = nullptr;
     if (p)
-        allocated.fetch_add(malloc_usable_size(p), std::memory_order_relaxed);
+        allocated += static_cast<std::ptrdiff_t>(malloc_usable_size(p));
     return p;
 }
 
 void Release(void* p) noexcept {
     if (!p)
         return;
-    allocated.fetch_sub(malloc_usable_size(p), std::memory_order_relaxed);
+    allocated -= static_cast<std::ptrdiff_t>(malloc_usable_size(p));
     std::free(p);
 }
 
@@ -60,8 +61,10 @@ void* AllocateOrThrow(std::size_t size, std::size_t alignment) {
     return p;
 }
 
+#endif
+
 // The process's virtual size now, in bytes, from /proc; 0 when it cannot be read.
-unsigned long long VirtualSize() {
+[[maybe_unused]] unsigned long long VirtualSize() {
     std::FILE* statm = std::fopen("/proc/self/statm", "r");
     if (!statm)
         return 0;
@@ -74,6 +77,7 @@ unsigned long long VirtualSize() {
 
 } // namespace
 
+#if TARQUIL_COUNT_ALLOCATIONS
 // The replaced allocation functions: every variant goes through Allocate and Release.
 void* operator new(std::size_t size) {
     return AllocateOrThrow(size, 0);
@@ -136,6 +140,8 @@ void operator delete[](void* p, std::align_val_t, const std::nothrow_t&) noexcep
     Release(p);
 }
 
+#endif
+
 std::optional<std::size_t> ParseMemorySize(const std::string& text) {
     if (text == "none")
         return std::size_t{0};
@@ -184,24 +190,25 @@ std::size_t DefaultMemoryLimit() {
 }
 
 std::size_t AllocatedBytes() {
-    return allocated.load(std::memory_order_relaxed);
+    return allocated > 0 ? static_cast<std::size_t>(allocated) : 0;
 }
 
-MemoryLimitScope::MemoryLimitScope(std::size_t limit) : m_previous(ceiling.load()) {
+MemoryLimitScope::MemoryLimitScope(std::size_t limit) : m_previous(ceiling) {
     if (limit == 0)
         return;
+#if TARQUIL_COUNT_ALLOCATIONS
+    // A sanitizer reserves terabytes of address space for itself, so there the count of
+    // allocations is the bound.
     const std::size_t held = AllocatedBytes();
-    ceiling.store(held + limit);
-    // A sanitizer reserves terabytes of address space for itself, so there the count above
-    // is the only bound.
-    if (kSanitized)
-        return;
+    const auto most = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+    ceiling = static_cast<std::ptrdiff_t>(std::min(most - std::min(most, held), limit) + held);
+#else
     rlimit current{};
     if (getrlimit(RLIMIT_AS, &current) != 0)
         return;
-    // Room above the bound for the C libraries' own allocations, which the count does not
-    // see, and for the way the allocator maps memory.
-    const unsigned long long wanted = VirtualSize() + 2ULL * limit + (1ULL << 30);
+    // The bound above what the process already maps, with room for the allocator's arenas
+    // and the stacks of the threads it may start.
+    const unsigned long long wanted = VirtualSize() + limit + (256ULL << 20);
     if (current.rlim_cur != RLIM_INFINITY && current.rlim_cur <= wanted)
         return;
     m_addressSpace[0] = current.rlim_cur;
@@ -209,10 +216,11 @@ MemoryLimitScope::MemoryLimitScope(std::size_t limit) : m_previous(ceiling.load(
     rlimit lowered = current;
     lowered.rlim_cur = wanted;
     m_addressSpaceSet = setrlimit(RLIMIT_AS, &lowered) == 0;
+#endif
 }
 
 MemoryLimitScope::~MemoryLimitScope() {
-    ceiling.store(m_previous);
+    ceiling = m_previous;
     if (m_addressSpaceSet) {
         rlimit restored{};
         restored.rlim_cur = m_addressSpace[0];

@@ -1,11 +1,12 @@
 #pragma once
 // The last line of defence of a headless import: a bound on the memory the importer may hold,
 // so that a file nobody foresaw ends with the importer's out-of-memory message instead of the
-// kernel killing the process. Every C++ allocation of the process is counted (the program
-// replaces the global operator new); past the bound it throws std::bad_alloc, which the
-// importer's entry catches. Without sanitizers, an address-space limit with room above the
-// bound catches what C libraries allocate on their own.
+// kernel killing the process. The program lowers its address-space limit for the import:
+// allocations past it fail, operator new throws std::bad_alloc, and the importer's entry
+// catches it. Sanitizer builds reserve terabytes of address space for their own use, so there
+// the program counts its C++ allocations instead (it replaces the global operator new).
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -17,11 +18,11 @@ std::optional<std::size_t> ParseMemorySize(const std::string& text);
 // modeller that the importer runs in.
 std::size_t DefaultMemoryLimit();
 
-// Bytes the process's C++ allocations hold now.
+// Bytes the process's C++ allocations hold now, where they are counted (else 0).
 std::size_t AllocatedBytes();
 
-// Holds the bound for its lifetime: allocations beyond `limit` bytes more than were held at
-// its start fail. 0 means no bound.
+// Holds the bound for its lifetime on the thread that makes it (the import's): allocations
+// beyond `limit` bytes more than were held at its start fail. 0 means no bound.
 class MemoryLimitScope {
 public:
     explicit MemoryLimitScope(std::size_t limit);
@@ -30,7 +31,7 @@ public:
     MemoryLimitScope& operator=(const MemoryLimitScope&) = delete;
 
 private:
-    std::size_t m_previous;
+    std::ptrdiff_t m_previous;
     bool m_addressSpaceSet = false;
     unsigned long long m_addressSpace[2] = {0, 0}; // the soft and hard limits before
 };

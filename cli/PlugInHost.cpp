@@ -39,7 +39,7 @@ void SetUpHostAnswers(const HostAnswers& answers) {
         VmUi().SetStringAnswer(*answers.stringAnswer);
     VelmoApp().SetHeadless(!answers.interactive);
     if (answers.interactive)
-        VmUi().SetTerminal(&std::cin, &std::cerr);
+        VmUi().SetTerminal(answers.input, answers.errors);
     VmMessages().Clear();
-    VmMessages().SetEcho(answers.quiet ? nullptr : &std::cerr);
+    VmMessages().SetEcho(answers.quiet ? nullptr : answers.errors);
 }

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <iostream>
 #include <optional>
 #include <string>
 
@@ -22,5 +23,8 @@ struct HostAnswers {
     bool interactive = false;
     bool quiet = false;
     std::optional<std::string> stringAnswer; // to every string prompt, ahead of the script
+    // Where an interactive run asks and where messages are echoed (borrowed).
+    std::istream* input = &std::cin;
+    std::ostream* errors = &std::cerr;
 };
 void SetUpHostAnswers(const HostAnswers& answers);

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <initializer_list>
-#include <memory>
 
 namespace {
 
@@ -164,20 +163,20 @@ void AppendSampled(const GK_Curve& curve, const GK_NurbsCurve* nurbs, PathData& 
 }
 
 void AppendCurve(const GK_Curve& curve, PathData& path) {
-    if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve)) {
+    if (const auto* line = GK_CurveCast<GK_LineCurve>(&curve)) {
         path.StartAt(line->m_line.from);
         path.LineTo(line->m_line.to);
-    } else if (const auto* pline = dynamic_cast<const GK_PolylineCurve*>(&curve)) {
+    } else if (const auto* pline = GK_CurveCast<GK_PolylineCurve>(&curve)) {
         if (pline->PointCount() == 0)
             return;
         path.StartAt(pline->m_pline[0]);
         for (int i = 1; i < pline->PointCount(); ++i)
             path.LineTo(pline->m_pline[i]);
-    } else if (const auto* poly = dynamic_cast<const GK_PolyCurve*>(&curve)) {
+    } else if (const auto* poly = GK_CurveCast<GK_PolyCurve>(&curve)) {
         for (int i = 0; i < poly->Count(); ++i)
             if (const GK_Curve* segment = poly->SegmentCurve(i))
                 AppendCurve(*segment, path);
-    } else if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
+    } else if (const auto* nurbs = GK_CurveCast<GK_NurbsCurve>(&curve)) {
         if (!nurbs->IsRational() && nurbs->Degree() <= 3 && HasBezierKnots(*nurbs))
             AppendBezierSpans(*nurbs, path);
         else
@@ -205,7 +204,10 @@ void AppendCurvePathData(const GK_Curve& curve, std::string& out) {
 void AppendHatchPathData(const GK_Hatch& hatch, std::string& out) {
     PathData path(out, /*joinPieces=*/true);
     for (int i = 0; i < hatch.LoopCount(); ++i) {
-        const std::unique_ptr<GK_Curve> loop(hatch.LoopCurve3d(i));
+        // This host keeps loops in world coordinates, so the loop's own curve is what
+        // LoopCurve3d would copy.
+        const GK_HatchLoop* hatchLoop = hatch.Loop(i);
+        const GK_Curve* loop = hatchLoop ? hatchLoop->Curve() : nullptr;
         if (!loop)
             continue;
         AppendCurve(*loop, path);

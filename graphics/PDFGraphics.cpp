@@ -166,13 +166,11 @@ bool PDFGraphics::GeneralOp(std::uint32_t op) {
 
 void PDFGraphics::EndInlineImage() {
     // Inline images are discarded whole: the dictionary's keys and values and the mark go.
-    for (int depth = 0; PDFToken* token = Peek(depth); ++depth) {
-        if (!token->IsType(kPdfKindMark))
-            continue;
-        for (int i = 0; i <= depth; ++i)
-            Drop();
+    const int mark = FindMark();
+    if (mark < 0)
         return;
-    }
+    while (static_cast<int>(operandStack.size()) > mark)
+        Drop();
 }
 
 bool PDFGraphics::PathOp(std::uint32_t op) {

@@ -3,6 +3,7 @@
 // the whole operator switch. Operators run to completion there and drive the graphics state.
 // Nothing is validated: a missing operand reads as zero and an unknown word is skipped.
 #include "fonts/EncodingMap.h"
+#include "graphics/FontCache.h"
 #include "graphics/PDFGraphicsState.h"
 #include "pdf/parser/PDFParser.h"
 
@@ -10,6 +11,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The numbers a function dictionary gives for one evaluation (graphics/colour).
 struct FunctionValues;
@@ -56,6 +58,9 @@ public:
     // Index 0 non-stroking, 1 stroking. Not saved by q: a cs inside q ... Q outlives the Q.
     std::string colorSpaceName[2];
     // Per font resource name, the tables that Tf hands to the state (shared, not copied).
+    // Fonts read earlier in the import, shared by its pages (borrowed; null reads each font
+    // every time it is named on a page).
+    FontCache* fontCache = nullptr;
     std::map<std::string, SharedToUnicodeMap> fontToUnicode;
     std::map<std::string, SharedEncodingMap> fontEncoding;
 
@@ -83,6 +88,10 @@ private:
     // Colour spaces and tint transforms (graphics/colour).
     PDFToken* ColourSpaceResources();
     void ApplyColourAtDepth(std::uint8_t which, int depth);
+    // An array alternate: Lab through its white point, any other family taking the first
+    // value as red and the second as green and blue, the rest pushed back.
+    void SetArrayAlternateColour(PDFToken* alternate, std::uint8_t which,
+                                 const std::vector<double>& values, std::size_t count);
     void EvaluateTintTransform(PDFToken* function, PDFToken* alternate, std::uint8_t which);
     void EvaluateSampled(const FunctionValues& values, const std::string& data, PDFToken* alternate,
                          std::uint8_t which);

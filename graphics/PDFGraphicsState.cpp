@@ -15,8 +15,8 @@ void PDFGraphicsState::DrawImage(PDFImage* image) {
 PDFGraphicsState::~PDFGraphicsState() = default;
 
 void PDFGraphicsState::SaveState() {
-    stateStack.push_back(
-        PDFSavedFrame{currentMatrix, clipElements, textMatrix, fillColour, strokeColour});
+    stateStack.push_back(PDFSavedFrame{currentMatrix, clipElements, clipVersion, textMatrix,
+                                       fillColour, strokeColour});
 }
 
 void PDFGraphicsState::RestoreState() {
@@ -25,6 +25,7 @@ void PDFGraphicsState::RestoreState() {
     PDFSavedFrame& frame = stateStack.back();
     currentMatrix = frame.currentMatrix;
     clipElements = std::move(frame.clipElements);
+    clipVersion = frame.clipVersion;
     textMatrix = frame.textMatrix;
     // Only the packed words come back; the sink hears of it through its own reads, not
     // through ColourChanged.
@@ -135,6 +136,7 @@ void PDFGraphicsState::EoFill() {}
 
 void PDFGraphicsState::Clip(int /*evenOdd*/) {
     clipElements = pathElements;
+    clipVersion = NewClipVersion();
 }
 
 void PDFGraphicsState::EndPath() {
@@ -189,4 +191,5 @@ void PDFGraphicsState::SetClipBox(double x0, double y0, double x1, double y1) {
     hasClipBox = true;
     // At page start the path is empty, so this also drops the previous page's clip.
     clipElements = pathElements;
+    clipVersion = NewClipVersion();
 }

@@ -44,6 +44,7 @@ struct PDFClipBox {
 struct PDFSavedFrame {
     PDFMatrix currentMatrix;
     SharedPath clipElements;
+    std::uint64_t clipVersion = 0;
     PDFMatrix textMatrix;
     std::uint32_t fillColour = 0;
     std::uint32_t strokeColour = 0;
@@ -133,6 +134,11 @@ public:
     PDFMatrix currentMatrix;
     std::vector<PathElement> pathElements;
     SharedPath clipElements; // set whole by Clip and SetClipBox, shared by saved frames
+    // Changes whenever clipElements gets other contents, so that what is worked out from a
+    // clip can be kept while it stays. Code that changes clipElements in place gives it a new
+    // version from NewClipVersion().
+    std::uint64_t clipVersion = 0;
+    std::uint64_t NewClipVersion() { return ++clipVersionsIssued; }
     double lineWidth = 0.0;
     // In user space, except right after a ClosePath that appended a line (device space then).
     double currentX = 0.0;
@@ -181,4 +187,6 @@ public:
 
 private:
     void AppendPoint(double x, double y, char kind);
+
+    std::uint64_t clipVersionsIssued = 0;
 };

@@ -200,7 +200,8 @@ PDFStatus DrawAnnotations(PDFDocument& doc, PDFGraphics& graphics, PDFGraphicsSt
 // without an error.
 PDFStatus ReadPage(PDFDocument& doc, PDFGraphicsState& sink, std::int32_t pageNumber,
                    std::int32_t pageOrdinal, double& pageCursor, bool& ended,
-                   const PendingPageBox& pendingBox, const InterpreterFactory& makeInterpreter) {
+                   const PendingPageBox& pendingBox, const InterpreterFactory& makeInterpreter,
+                   FontCache& fonts) {
     PDFToken* page = nullptr;
     PDFStatus status = FindPageToken(doc, pageNumber, &page);
     if (status != kPdfOk)
@@ -249,6 +250,7 @@ PDFStatus ReadPage(PDFDocument& doc, PDFGraphicsState& sink, std::int32_t pageNu
         makeInterpreter ? makeInterpreter(&doc, &sink, page)
                         : std::make_unique<PDFGraphics>(&doc, &sink, page);
     PDFGraphics& graphics = *interpreter;
+    graphics.fontCache = &fonts;
     for (const Stream* stream : streams) {
         std::string decoded;
         status = DecodeStream(*stream, decoded);
@@ -311,10 +313,11 @@ PDFStatus ReadDocument(std::FILE* file, PDFGraphicsState& sink, bool batchMode,
 
     double pageCursor = 0.0;
     std::int32_t pageOrdinal = 0;
+    FontCache fonts;
     for (const int pageNumber : selectedPages) {
         bool ended = false;
         status = ReadPage(doc, sink, pageNumber, pageOrdinal, pageCursor, ended, pendingBox,
-                          makeInterpreter);
+                          makeInterpreter, fonts);
         if (status != kPdfOk || ended)
             return status;
         ++pageOrdinal;

@@ -45,14 +45,27 @@ void CutBezier(Point2 (&p)[4], double t0, double t1) {
 
 // End point of a curve built here, read without evaluating it.
 GK_3dPoint EndOf(const GK_Curve& curve) {
-    if (const auto* polyline = dynamic_cast<const GK_PolylineCurve*>(&curve))
+    if (const auto* polyline = GK_CurveCast<GK_PolylineCurve>(&curve))
         return *polyline->m_pline.Last();
-    if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve))
+    if (const auto* line = GK_CurveCast<GK_LineCurve>(&curve))
         return line->m_line.to;
     return curve.PointAtEnd();
 }
 
 } // namespace
+
+// A page's clip usually serves many painting operations, and a clip of thousands of vertices
+// costs more to index than to use once; the version tells when it is another one. The size is
+// checked as well, for code that fills clipElements by hand.
+void PDFToVelmo::PrepareClip() {
+    if (clipPrepared && clipPreparedVersion == clipVersion &&
+        clipPreparedSize == clipElements.size())
+        return;
+    clip = PathClip(&clipElements.Elements());
+    clipPrepared = true;
+    clipPreparedVersion = clipVersion;
+    clipPreparedSize = clipElements.size();
+}
 
 void PDFToVelmo::AddPathElement(const PathElement& element) {
     switch (element.kind) {
@@ -86,13 +99,13 @@ void PDFToVelmo::AddLine(const PathElement& element) {
             GK_Curve** last = segmentCurves.Last();
             if (last && EndOf(**last) == p) {
                 // Continue the curve that ends here rather than start a new one.
-                if (auto* polyline = dynamic_cast<GK_PolylineCurve*>(*last)) {
+                if (auto* polyline = GK_CurveCast<GK_PolylineCurve>(*last)) {
                     const int count = polyline->m_pline.Count();
                     polyline->m_pline.Append(q);
                     polyline->m_t.Append(static_cast<double>(count));
                     continue;
                 }
-                if (auto* line = dynamic_cast<GK_LineCurve*>(*last)) {
+                if (auto* line = GK_CurveCast<GK_LineCurve>(*last)) {
                     GK_SimpleArray<GK_3dPoint> points;
                     points.Append(line->m_line.from);
                     points.Append(line->m_line.to);

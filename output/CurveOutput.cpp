@@ -23,7 +23,7 @@ void PDFToVelmo::Stroke() {
     segmentCurves.Empty();
     segmentDashes.clear();
     operationLabel = "stroke";
-    clip = PathClip(&clipElements.Elements());
+    PrepareClip();
 
     BuildStrokeSegments();
 

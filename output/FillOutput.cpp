@@ -15,7 +15,7 @@ double Distance(const GK_3dPoint& a, const GK_3dPoint& b) {
 }
 
 bool IsLine(const GK_Curve* curve) {
-    return dynamic_cast<const GK_LineCurve*>(curve) != nullptr;
+    return GK_CurveCast<GK_LineCurve>(curve) != nullptr;
 }
 
 } // namespace
@@ -29,7 +29,7 @@ void PDFToVelmo::Fill() {
     segmentCurves.Empty();
     segmentDashes.clear();
     operationLabel = "fill";
-    clip = PathClip(&clipElements.Elements());
+    PrepareClip();
 
     BuildFillSegments(tolerance);
 
@@ -78,9 +78,12 @@ void PDFToVelmo::Fill() {
             delete curve;
         return;
     }
-    for (GK_Curve* curve : closed)
-        if (curve)
-            pendingObjects.push_back({curve, strokeColour, 0.0, layerIndex, {}});
+    for (GK_Curve* curve : closed) {
+        if (!curve)
+            continue;
+        curve->Compact(); // it goes to the model as it is now
+        pendingObjects.push_back({curve, strokeColour, 0.0, layerIndex, {}});
+    }
 }
 
 void PDFToVelmo::BuildFillSegments(double tolerance) {
@@ -178,7 +181,7 @@ int PDFToVelmo::ChainOpenCurves(const GK_SimpleArray<GK_Curve*>& open,
             ++i;
         }
         // A lone curve is a boundary only when it is a polyline, closed by its bridge.
-        const bool polyline = i < n && dynamic_cast<const GK_PolylineCurve*>(open[i]) != nullptr;
+        const bool polyline = i < n && GK_CurveCast<GK_PolylineCurve>(open[i]) != nullptr;
         if (pieces >= 2 || (pieces == 1 && polyline))
             closed.Append(poly);
         else

@@ -20,6 +20,7 @@ GK_Curve* NormaliseCurve(const GK_Curve& curve) {
         }
         auto* polyline = new GK_PolylineCurve(points);
         polyline->RemoveShortSegments(kTiny);
+        polyline->Compact(); // it goes to the model as it is now
         return polyline;
     }
     if (curve.IsLinear(kTiny) && curve.PointAtStart().DistanceTo(curve.PointAtEnd()) < kTiny)

@@ -14,6 +14,7 @@
 #include "output/PendingObject.h"
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <string>
 #include <unordered_set>
@@ -82,7 +83,9 @@ public:
 
     CVelmoDoc* doc = nullptr;
     const CVelmoFileReadOptions* readOptions = nullptr;
-    std::vector<PendingObject> pendingObjects;
+    // A deque, as there may be millions: growing it never copies what it holds nor needs
+    // twice the room for a moment, as a vector would.
+    std::deque<PendingObject> pendingObjects;
     GK_SimpleArray<GK_Curve*> segmentCurves; // owned; empty between painting operations
     std::string operationLabel;
     std::vector<std::vector<double>> segmentDashes;
@@ -101,8 +104,12 @@ private:
     void EmitSegment(const SegmentRun& run, double from, double to);
     void AddLine(const PathElement& element);
     void AddBezier(const PathElement& element);
-    // Clip and path in one painting operation: set up at its start.
+    // Sets `clip` up for the clip path in force, indexing it only when it has changed.
+    void PrepareClip();
     PathClip clip;
+    bool clipPrepared = false;
+    std::uint64_t clipPreparedVersion = 0;
+    std::size_t clipPreparedSize = 0;
     std::vector<double> clipPairs;
     // The names of missingFonts, for finding them fast.
     std::unordered_set<std::string> missingFontNames;

@@ -4,7 +4,6 @@
 // not known here leaves the colour as it was and its operands on the stack.
 #include "graphics/PDFGraphics.h"
 
-#include "graphics/colour/Lab.h"
 #include "pdf/token/PDFTokens.h"
 
 #include <vector>
@@ -42,8 +41,6 @@ void SetCmyk(PDFGraphicsState& state, std::uint8_t which, double c, double m, do
                     1.0 - (y * (1.0 - k) + k));
 }
 
-} // namespace
-
 // The white point of a Lab array's dictionary, when it is there with exactly three numbers.
 bool LabWhitePoint(const PDFToken* labSpace, double (&white)[3]) {
     const PDFToken* dict = Item(labSpace, 1);
@@ -68,6 +65,8 @@ void SetLabColour(PDFGraphicsState& state, std::uint8_t which, const double (&wh
     state.SetColour(which, white[0] * LabG(m + a / 500.0), white[1] * LabG(m),
                     white[2] * LabG(m - b / 200.0));
 }
+
+} // namespace
 
 PDFToken* PDFGraphics::ColourSpaceResources() {
     if (colorSpaceDict)
@@ -187,18 +186,23 @@ void PDFGraphics::SetAlternateColour(PDFToken* alternate, std::uint8_t which, st
     std::vector<double> v(static_cast<std::size_t>(count));
     for (std::size_t i = v.size(); i-- > 0;)
         v[i] = PopFloat(0.0);
+    SetArrayAlternateColour(alternate, which, v, v.size());
+}
+
+void PDFGraphics::SetArrayAlternateColour(PDFToken* alternate, std::uint8_t which,
+                                          const std::vector<double>& values, std::size_t count) {
     const auto& items = static_cast<PDFArray*>(alternate)->items;
     if (items.empty())
         return;
     if (items[0]->GetString() == "Lab") {
         double white[3];
         if (LabWhitePoint(alternate, white))
-            SetLabColour(*state, which, white, At(v, 0), At(v, 1), At(v, 2));
+            SetLabColour(*state, which, white, At(values, 0), At(values, 1), At(values, 2));
         return;
     }
     // Any other family, ICC-based among them: the later values go back on the stack and
     // blue repeats green.
-    for (std::size_t i = v.size(); i-- > 1;)
-        PushFloat(v[i]);
-    state->SetColour(which, At(v, 0), At(v, 1), At(v, 1));
+    for (std::size_t i = count; i-- > 1;)
+        PushFloat(At(values, i));
+    state->SetColour(which, At(values, 0), At(values, 1), At(values, 1));
 }

@@ -4,7 +4,6 @@
 // interpolation. Shadings are looked up and paint nothing.
 #include "filters/FilterPipeline.h"
 #include "graphics/PDFGraphics.h"
-#include "graphics/colour/Lab.h"
 #include "pdf/token/PDFTokens.h"
 
 #include <cmath>
@@ -256,21 +255,8 @@ void PDFGraphics::EvaluateSingleInput(const FunctionValues& values, PDFToken* di
         SetAlternateColour(alternate, which, 0);
         return;
     }
-    if (!alternate->IsType(kPdfKindArray))
-        return;
-    const auto& items = static_cast<PDFArray*>(alternate)->items;
-    if (items.empty())
-        return;
-    if (items[0]->GetString() == "Lab") {
-        double white[3];
-        if (LabWhitePoint(alternate, white))
-            SetLabColour(*state, which, white, At(out, 0), At(out, 1), At(out, 2));
-        return;
-    }
-    const std::size_t outputs = values.range.size() / 2;
-    for (std::size_t j = outputs; j-- > 1;)
-        PushFloat(At(out, j));
-    state->SetColour(which, At(out, 0), At(out, 1), At(out, 1));
+    if (alternate->IsType(kPdfKindArray))
+        SetArrayAlternateColour(alternate, which, out, values.range.size() / 2);
 }
 
 void PDFGraphics::ShowShading() {

@@ -19,6 +19,11 @@ public:
     void Empty() { m_a.clear(); }
     void Destroy() { std::vector<T>().swap(m_a); }
     void Reserve(int capacity) { m_a.reserve(capacity > 0 ? capacity : 0); }
+    // Gives back the capacity beyond the count.
+    void Compact() {
+        if (m_a.capacity() > m_a.size())
+            std::vector<T>(m_a.begin(), m_a.end()).swap(m_a);
+    }
     void SetCount(int count) { m_a.resize(count > 0 ? count : 0); }
     void Reverse() {
         for (std::size_t i = 0, j = m_a.size(); i + 1 < j; ++i, --j)

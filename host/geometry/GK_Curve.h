@@ -20,6 +20,11 @@ public:
 
 class GK_Curve : public GK_Geometry {
 public:
+    // The host's curve classes, so that code which treats them alike can tell them apart
+    // without a search of the class tree. A class derived from one of them answers as it does.
+    enum class Type { Line, Polyline, PolyCurve, Nurbs, Other };
+    virtual Type CurveType() const { return Type::Other; }
+
     virtual GK_Interval Domain() const = 0;
     virtual GK_3dPoint PointAt(double t) const = 0;
     virtual bool Reverse() = 0; // same shape, opposite direction
@@ -42,6 +47,9 @@ public:
     // answer false for a curve it cannot bound (a conservative test), never true wrongly.
     virtual bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
                                double tolerance) const;
+    // Gives back memory a finished curve does not need (capacity grown while it was built),
+    // leaving its points, domain and evaluation as they are.
+    virtual void Compact() {}
 };
 
 struct GK_Line {
@@ -50,6 +58,9 @@ struct GK_Line {
 
 class GK_LineCurve : public GK_Curve {
 public:
+    static constexpr Type kType = Type::Line;
+    Type CurveType() const override { return kType; }
+
     GK_Line m_line;
     GK_Interval m_t{0.0, 1.0};
 
@@ -70,6 +81,9 @@ public:
 
 class GK_PolylineCurve : public GK_Curve {
 public:
+    static constexpr Type kType = Type::Polyline;
+    Type CurveType() const override { return kType; }
+
     GK_SimpleArray<GK_3dPoint> m_pline;
     GK_SimpleArray<double> m_t; // one parameter per point, 0, 1, 2, ... by default
 
@@ -89,11 +103,18 @@ public:
     // (the last kept interior vertex gives way to the end point). Returns the number of
     // points removed.
     int RemoveShortSegments(double tolerance);
+    // Also lets go of the parameters when they are the point indices 0, 1, 2, ... that an
+    // empty m_t stands for. Reverse and RemoveShortSegments treat the two forms differently,
+    // hence only for a finished curve.
+    void Compact() override;
 };
 
 // A chain of curves joined end to end. Owns its segments.
 class GK_PolyCurve : public GK_Curve {
 public:
+    static constexpr Type kType = Type::PolyCurve;
+    Type CurveType() const override { return kType; }
+
     GK_PolyCurve() = default;
     GK_PolyCurve(const GK_PolyCurve& other);
     GK_PolyCurve& operator=(const GK_PolyCurve&) = delete;
@@ -115,6 +136,7 @@ public:
     GK_Curve* DuplicateCurve() const override { return new GK_PolyCurve(*this); }
     bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
                        double tolerance) const override;
+    void Compact() override;
 
 private:
     GK_SimpleArray<GK_Curve*> m_segment;
@@ -126,6 +148,9 @@ private:
 // the knot vector 0, 0, 0, 1, 1, 1.
 class GK_NurbsCurve : public GK_Curve {
 public:
+    static constexpr Type kType = Type::Nurbs;
+    Type CurveType() const override { return kType; }
+
     int m_dim = 0;
     bool m_is_rat = false;
     int m_order = 0;
@@ -166,3 +191,12 @@ public:
     bool StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
                        double tolerance) const override;
 };
+
+// What dynamic_cast gives for the host's curve classes, found by their type: the curve as a
+// `T`, or null.
+template <class T> const T* GK_CurveCast(const GK_Curve* curve) {
+    return curve && curve->CurveType() == T::kType ? static_cast<const T*>(curve) : nullptr;
+}
+template <class T> T* GK_CurveCast(GK_Curve* curve) {
+    return curve && curve->CurveType() == T::kType ? static_cast<T*>(curve) : nullptr;
+}

@@ -38,7 +38,10 @@ void FlattenRange(const GK_Curve& curve, double t0, double t1, double tolerance,
         GK_3dPoint p0, p1;
         int depth;
     };
-    std::vector<Piece> stack{{t0, t1, curve.PointAt(t0), curve.PointAt(t1), 0}};
+    // Kept from call to call: a drawing flattens many small pieces, and the heap would
+    // otherwise cost more than the arithmetic. No call is nested in another.
+    static thread_local std::vector<Piece> stack;
+    stack.assign(1, {t0, t1, curve.PointAt(t0), curve.PointAt(t1), 0});
     AppendPoint(points, stack.back().p0);
     while (!stack.empty()) {
         const Piece piece = stack.back();
@@ -84,14 +87,72 @@ GK_4dPoint Mid(const GK_4dPoint& a, const GK_4dPoint& b) {
 
 // Halving by de Casteljau until the control points of a piece lie within the tolerance of
 // its chord; with positive weights the piece lies in their hull, so the chord is then
-// within the tolerance of the curve. Much cheaper than evaluating points one by one.
-void FlattenBezier(const GK_NurbsCurve& c, double tolerance, std::vector<GK_3dPoint>& points) {
+// within the tolerance of the curve. Much cheaper than evaluating points one by one. The
+// pieces wait on a stack in place: a halving adds one, and halving stops at kMaxDepth.
+template <int N>
+void FlattenBezierPieces(const GK_NurbsCurve& c, double tolerance,
+                         std::vector<GK_3dPoint>& points) {
+    struct Piece {
+        GK_4dPoint p[N];
+        int depth = 0;
+    };
     const int n = c.Order();
-    std::vector<GK_4dPoint> stack(static_cast<std::size_t>(n));
+    Piece stack[kMaxDepth + 1];
+    int size = 1;
+    for (int i = 0; i < n; ++i)
+        c.GetCV(i, stack[0].p[i]);
+    AppendPoint(points, Euclidean(stack[0].p[0]));
+    GK_4dPoint work[N], left[N], right[N];
+    while (size > 0) {
+        const Piece& piece = stack[size - 1];
+        const int d = piece.depth;
+        const GK_3dPoint a = Euclidean(piece.p[0]);
+        const GK_3dPoint b = Euclidean(piece.p[n - 1]);
+        bool flat = d >= kMaxDepth;
+        if (!flat) {
+            flat = true;
+            for (int i = 1; i < n - 1 && flat; ++i)
+                flat = NearSegment(Euclidean(piece.p[i]), a, b, tolerance);
+        }
+        if (flat) {
+            AppendPoint(points, b);
+            --size;
+            continue;
+        }
+        for (int i = 0; i < n; ++i)
+            work[i] = piece.p[i];
+        left[0] = work[0];
+        right[n - 1] = work[n - 1];
+        for (int r = 1; r < n; ++r) {
+            for (int j = 0; j + r < n; ++j)
+                work[j] = Mid(work[j], work[j + 1]);
+            left[r] = work[0];
+            right[n - 1 - r] = work[n - 1 - r];
+        }
+        // Right half below the left, so the left half comes out first.
+        Piece& lower = stack[size - 1];
+        Piece& upper = stack[size++];
+        for (int i = 0; i < n; ++i) {
+            lower.p[i] = right[i];
+            upper.p[i] = left[i];
+        }
+        lower.depth = upper.depth = d + 1;
+    }
+}
+
+// The same for any order, on the heap.
+void FlattenBezierAnyOrder(const GK_NurbsCurve& c, double tolerance,
+                           std::vector<GK_3dPoint>& points) {
+    const int n = c.Order();
+    static thread_local std::vector<GK_4dPoint> stack, work, left, right; // as in FlattenRange
+    static thread_local std::vector<int> depth;
+    stack.assign(static_cast<std::size_t>(n), GK_4dPoint{});
     for (int i = 0; i < n; ++i)
         c.GetCV(i, stack[i]);
-    std::vector<int> depth{0};
-    std::vector<GK_4dPoint> work(n), left(n), right(n);
+    depth.assign(1, 0);
+    work.resize(n);
+    left.resize(n);
+    right.resize(n);
     AppendPoint(points, Euclidean(stack[0]));
     while (!depth.empty()) {
         const int d = depth.back();
@@ -120,7 +181,6 @@ void FlattenBezier(const GK_NurbsCurve& c, double tolerance, std::vector<GK_3dPo
             right[n - 1 - r] = work[n - 1 - r];
         }
         stack.resize(stack.size() - n);
-        // Right half below the left, so the left half comes out first.
         stack.insert(stack.end(), right.begin(), right.end());
         depth.push_back(d + 1);
         stack.insert(stack.end(), left.begin(), left.end());
@@ -128,21 +188,49 @@ void FlattenBezier(const GK_NurbsCurve& c, double tolerance, std::vector<GK_3dPo
     }
 }
 
+void FlattenBezier(const GK_NurbsCurve& c, double tolerance, std::vector<GK_3dPoint>& points) {
+    if (c.Order() <= 4)
+        FlattenBezierPieces<4>(c, tolerance, points);
+    else
+        FlattenBezierAnyOrder(c, tolerance, points);
+}
+
+// Hands the vertices of the straight classes to `visit`, read in place rather than through
+// the copy IsPolyline makes; false, with nothing visited, for other classes. Polylines of
+// fewer than two points are not chains of segments.
+template <class Visit> bool ForEachVertex(const GK_Curve& curve, Visit&& visit) {
+    if (const auto* polyline = GK_CurveCast<GK_PolylineCurve>(&curve)) {
+        if (polyline->PointCount() < 2)
+            return false;
+        for (const GK_3dPoint& p : polyline->m_pline)
+            visit(p);
+        return true;
+    }
+    if (const auto* line = GK_CurveCast<GK_LineCurve>(&curve)) {
+        visit(line->m_line.from);
+        visit(line->m_line.to);
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
 void GK_CurveControlPoints(const GK_Curve& curve, std::vector<GK_3dPoint>& points) {
+    if (ForEachVertex(curve, [&](const GK_3dPoint& p) { points.push_back(p); }))
+        return;
     GK_SimpleArray<GK_3dPoint> vertices;
     if (curve.IsPolyline(&vertices) > 0) {
         points.insert(points.end(), vertices.begin(), vertices.end());
         return;
     }
-    if (const auto* chain = dynamic_cast<const GK_PolyCurve*>(&curve)) {
+    if (const auto* chain = GK_CurveCast<GK_PolyCurve>(&curve)) {
         for (int i = 0; i < chain->Count(); ++i)
             if (const GK_Curve* seg = chain->SegmentCurve(i))
                 GK_CurveControlPoints(*seg, points);
         return;
     }
-    if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
+    if (const auto* nurbs = GK_CurveCast<GK_NurbsCurve>(&curve)) {
         GK_3dPoint p;
         for (int i = 0; i < nurbs->CVCount(); ++i)
             if (nurbs->GetCV(i, p))
@@ -156,19 +244,21 @@ void GK_CurveControlPoints(const GK_Curve& curve, std::vector<GK_3dPoint>& point
 }
 
 void GK_FlattenCurve(const GK_Curve& curve, double tolerance, std::vector<GK_3dPoint>& points) {
+    if (ForEachVertex(curve, [&](const GK_3dPoint& p) { AppendPoint(points, p); }))
+        return;
     GK_SimpleArray<GK_3dPoint> vertices;
     if (curve.IsPolyline(&vertices) > 0) {
         for (const GK_3dPoint& p : vertices)
             AppendPoint(points, p);
         return;
     }
-    if (const auto* chain = dynamic_cast<const GK_PolyCurve*>(&curve)) {
+    if (const auto* chain = GK_CurveCast<GK_PolyCurve>(&curve)) {
         for (int i = 0; i < chain->Count(); ++i)
             if (const GK_Curve* seg = chain->SegmentCurve(i))
                 GK_FlattenCurve(*seg, tolerance, points);
         return;
     }
-    if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
+    if (const auto* nurbs = GK_CurveCast<GK_NurbsCurve>(&curve)) {
         if (!nurbs->IsValid())
             return;
         if (IsBezier(*nurbs)) {

@@ -43,7 +43,8 @@ bool GK_HatchLoop::IsValid() const {
 
 GK_Hatch::GK_Hatch(const GK_Hatch& other)
     : GK_Geometry(other), m_plane(other.m_plane), m_pattern_index(other.m_pattern_index),
-      m_pattern_rotation(other.m_pattern_rotation), m_pattern_scale(other.m_pattern_scale) {
+      m_pattern_rotation(other.m_pattern_rotation), m_pattern_scale(other.m_pattern_scale),
+      m_validity(other.m_validity) {
     m_loops.Reserve(other.m_loops.Count());
     for (const GK_HatchLoop* loop : other.m_loops)
         m_loops.Append(new GK_HatchLoop(*loop));
@@ -55,8 +56,10 @@ GK_Hatch::~GK_Hatch() {
 }
 
 void GK_Hatch::AddLoop(GK_HatchLoop* loop) {
-    if (loop)
+    if (loop) {
         m_loops.Append(loop);
+        Changed();
+    }
 }
 
 const GK_HatchLoop* GK_Hatch::Loop(int index) const {
@@ -73,12 +76,14 @@ GK_Curve* GK_Hatch::LoopCurve3d(int index) const {
 }
 
 bool GK_Hatch::IsValid(GK_TextLog*) const {
-    if (!m_plane.IsValid() || m_loops.IsEmpty() || m_loops[0]->Type() != GK_HatchLoop::ltOuter)
-        return false;
-    for (const GK_HatchLoop* loop : m_loops)
-        if (!loop->IsValid() || !InPlane(*loop->m_curve, m_plane))
-            return false;
-    return true;
+    if (m_validity == kUnknown) {
+        bool valid =
+            m_plane.IsValid() && !m_loops.IsEmpty() && m_loops[0]->Type() == GK_HatchLoop::ltOuter;
+        for (int i = 0; valid && i < m_loops.Count(); ++i)
+            valid = m_loops[i]->IsValid() && InPlane(*m_loops[i]->m_curve, m_plane);
+        m_validity = valid ? 1 : 0;
+    }
+    return m_validity == 1;
 }
 
 GK_BoundingBox GK_Hatch::BoundingBox() const {
@@ -122,6 +127,7 @@ bool GK_Hatch::Transform(const GK_Xform& xform) {
         m_loops[i]->m_curve = moved[i];
     }
     m_plane = plane;
+    Changed();
     // A rotation leaves a length of one up to rounding; keep the scale exactly as it was.
     if (std::fabs(scale - 1.0) > 1e-12)
         m_pattern_scale *= scale;

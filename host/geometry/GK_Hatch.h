@@ -23,6 +23,10 @@ public:
     const GK_Curve* Curve() const { return m_curve; }
     bool IsValid() const;
 
+private:
+    // Only the hatch that owns the loop changes its curve, so that it knows when what it
+    // keeps about its loops goes stale.
+    friend class GK_Hatch;
     GK_Curve* m_curve = nullptr; // owned, closed
     eLoopType m_type = ltOuter;
 };
@@ -43,7 +47,10 @@ public:
     GK_Curve* LoopCurve3d(int index) const;
 
     const GK_Plane& Plane() const { return m_plane; }
-    void SetPlane(const GK_Plane& plane) { m_plane = plane; }
+    void SetPlane(const GK_Plane& plane) {
+        m_plane = plane;
+        Changed();
+    }
     int PatternIndex() const { return m_pattern_index; }
     void SetPatternIndex(int index) { m_pattern_index = index; }
     double PatternRotation() const { return m_pattern_rotation; }
@@ -52,6 +59,9 @@ public:
     void SetPatternScale(double scale) { m_pattern_scale = scale; }
 
     // At least one loop, the first outer, every loop a valid closed curve in the plane.
+    // Worked out once and kept until the hatch changes: a hatch is checked at every step on
+    // its way to the document. (The box is asked for once before and once after placement,
+    // so it is not worth the room.)
     bool IsValid(GK_TextLog* log = nullptr) const override;
     GK_BoundingBox BoundingBox() const override;
     // Transforms the plane and every loop; the pattern scale follows a uniform scale.
@@ -59,9 +69,15 @@ public:
     GK_Geometry* Duplicate() const override { return new GK_Hatch(*this); }
 
 private:
+    // The loops change only through the hatch, so these are the only places where what is
+    // kept goes stale.
+    void Changed() { m_validity = kUnknown; }
+
     GK_Plane m_plane;
     int m_pattern_index = -1;
     double m_pattern_rotation = 0.0;
     double m_pattern_scale = 1.0;
     GK_SimpleArray<GK_HatchLoop*> m_loops; // owned
+    static constexpr signed char kUnknown = -1;
+    mutable signed char m_validity = kUnknown; // else 0 or 1
 };

@@ -87,19 +87,38 @@ int FindSpan(const GK_NurbsCurve& c, double t) {
     return span;
 }
 
+// One span whose knots before it all equal its start and those after it all equal its end:
+// a single Bezier. The knots each round of de Boor's algorithm reads are then the same for
+// every point of the round, and so is the weight.
+bool SingleBezierSpan(const GK_NurbsCurve& c) {
+    const int p = c.Degree();
+    if (c.m_cv_count != c.m_order || c.m_knot.Count() != 2 * p)
+        return false;
+    const double* k = c.m_knot.Array();
+    for (int i = 0; i < p; ++i)
+        if (k[i] != k[p - 1] || k[p + i] != k[p])
+            return false;
+    return true;
+}
+
 // de Boor's algorithm in homogeneous space for the blossom f(u[0], ..., u[p-1]) on the given
 // span; with every u equal to t it is the point at t. `d` holds p+1 entries of scratch.
-HPoint Blossom(const GK_NurbsCurve& c, int span, const double* u, HPoint* d) {
+// `bezier` says that the curve is a SingleBezierSpan, whose weights need working out once a
+// round: the same division the general case makes for each point gives the same value.
+HPoint Blossom(const GK_NurbsCurve& c, int span, const double* u, HPoint* d, bool bezier) {
     const int p = c.Degree();
     const double* k = c.m_knot.Array();
     for (int j = 0; j <= p; ++j)
         d[j] = ControlPoint(c, span - p + 1 + j);
     for (int r = 1; r <= p; ++r) {
         const double ur = u[r - 1];
+        double alpha = 0.0;
         for (int j = p; j >= r; --j) {
-            const double a = k[span + j - p];
-            const double b = k[span + j - r + 1];
-            const double alpha = b > a ? (ur - a) / (b - a) : 0.0;
+            if (j == p || !bezier) {
+                const double a = k[span + j - p];
+                const double b = k[span + j - r + 1];
+                alpha = b > a ? (ur - a) / (b - a) : 0.0;
+            }
             d[j] = Lerp(d[j - 1], d[j], alpha);
         }
     }
@@ -132,8 +151,8 @@ private:
 
 // The Bezier form of one span: its control point i is the blossom with p-i arguments at
 // the span's start and i at its end. False for an empty span.
-bool BezierSpan(const GK_NurbsCurve& curve, int span, Scratch& scratch,
-                std::vector<HPoint>& bezier) {
+bool BezierSpan(const GK_NurbsCurve& curve, int span, Scratch& scratch, std::vector<HPoint>& bezier,
+                bool single) {
     const int p = curve.Degree();
     const double a = curve.m_knot[span];
     const double b = curve.m_knot[span + 1];
@@ -143,7 +162,7 @@ bool BezierSpan(const GK_NurbsCurve& curve, int span, Scratch& scratch,
     for (int i = 0; i <= p; ++i) {
         for (int r = 0; r < p; ++r)
             u[r] = r < i ? b : a;
-        bezier[i] = Blossom(curve, span, u, scratch.Points());
+        bezier[i] = Blossom(curve, span, u, scratch.Points(), single);
     }
     return true;
 }
@@ -171,7 +190,10 @@ public:
         const std::size_t n = static_cast<std::size_t>(m_p) + 1;
         m_stack.assign(cv, cv + n);
         m_depth.assign(1, 0);
-        std::vector<HPoint> left(n), right(n);
+        m_left.resize(n);
+        m_right.resize(n);
+        std::vector<HPoint>& left = m_left;
+        std::vector<HPoint>& right = m_right;
         while (!m_depth.empty()) {
             const int depth = m_depth.back();
             m_depth.pop_back();
@@ -229,9 +251,10 @@ private:
     int m_p;
     double m_tol;
     GK_BoundingBox m_box;
-    std::vector<HPoint> m_stack;
-    std::vector<int> m_depth;
-    std::vector<HPoint> m_work;
+    // Working memory kept from box to box: a drawing has many small splines, and the heap
+    // would cost more than the arithmetic. No box is worked out inside another.
+    static thread_local inline std::vector<HPoint> m_stack, m_work, m_left, m_right;
+    static thread_local inline std::vector<int> m_depth;
 };
 
 // Adds (or drops) coordinates of every CV, keeping rational CVs homogeneous.
@@ -396,7 +419,7 @@ GK_3dPoint GK_NurbsCurve::PointAt(double t) const {
     Scratch scratch(m_order);
     double* u = scratch.Params();
     std::fill(u, u + Degree(), t);
-    return Euclidean(Blossom(*this, span, u, scratch.Points()));
+    return Euclidean(Blossom(*this, span, u, scratch.Points(), SingleBezierSpan(*this)));
 }
 
 GK_BoundingBox GK_NurbsCurve::BoundingBox() const {
@@ -418,18 +441,22 @@ GK_BoundingBox GK_NurbsCurve::BoundingBox() const {
     const double extent = std::max({diag.x, diag.y, diag.z});
     const double tol = 1e-12 * extent + 8.0 * DBL_EPSILON * maxAbs;
 
-    std::vector<HPoint> bezier(static_cast<std::size_t>(p) + 1);
-    std::vector<std::vector<HPoint>> pieces;
+    // The Bezier form of every span, one after the other, each p+1 points.
+    static thread_local std::vector<HPoint> bezier, pieces;
+    const std::size_t size = static_cast<std::size_t>(p) + 1;
+    bezier.resize(size);
+    pieces.clear();
     Scratch scratch(m_order);
+    const bool single = SingleBezierSpan(*this);
     BezierBoxer boxer(p, tol);
     for (int span = p - 1; span <= n - 2; ++span) {
-        if (!BezierSpan(*this, span, scratch, bezier))
+        if (!BezierSpan(*this, span, scratch, bezier, single))
             continue;
         boxer.AddEnds(bezier.data());
-        pieces.push_back(bezier);
+        pieces.insert(pieces.end(), bezier.begin(), bezier.end());
     }
-    for (const auto& piece : pieces)
-        boxer.Refine(piece.data());
+    for (std::size_t at = 0; at < pieces.size(); at += size)
+        boxer.Refine(pieces.data() + at);
     return boxer.Box();
 }
 
@@ -552,8 +579,9 @@ bool GK_NurbsCurve::StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
     const int p = Degree();
     std::vector<HPoint> bezier(static_cast<std::size_t>(p) + 1);
     Scratch scratch(m_order);
+    const bool single = SingleBezierSpan(*this);
     for (int span = p - 1; span <= m_cv_count - 2; ++span) {
-        if (!BezierSpan(*this, span, scratch, bezier))
+        if (!BezierSpan(*this, span, scratch, bezier, single))
             continue;
         if (!BezierNearLine(bezier, from, to, tolerance))
             return false;

@@ -7,28 +7,6 @@ const GK_3dPoint GK_3dPoint::Origin(0.0, 0.0, 0.0);
 
 const GK_BoundingBox GK_BoundingBox::EmptyBoundingBox;
 
-void GK_BoundingBox::Set(const GK_3dPoint& p, bool growBox) {
-    if (!p.IsValid())
-        return;
-    if (!growBox || !IsValid()) {
-        m_min = p;
-        m_max = p;
-        return;
-    }
-    if (p.x < m_min.x)
-        m_min.x = p.x;
-    if (p.y < m_min.y)
-        m_min.y = p.y;
-    if (p.z < m_min.z)
-        m_min.z = p.z;
-    if (p.x > m_max.x)
-        m_max.x = p.x;
-    if (p.y > m_max.y)
-        m_max.y = p.y;
-    if (p.z > m_max.z)
-        m_max.z = p.z;
-}
-
 bool GK_BoundingBox::Union(const GK_BoundingBox& other) {
     if (!other.IsValid())
         return IsValid();

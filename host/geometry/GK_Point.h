@@ -77,7 +77,27 @@ public:
     void Destroy() { *this = GK_BoundingBox(); }
 
     // Grows the box to hold the point; an invalid (non-finite) point is ignored.
-    void Set(const GK_3dPoint& p, bool growBox);
+    void Set(const GK_3dPoint& p, bool growBox) {
+        if (!p.IsValid())
+            return;
+        if (!growBox || !IsValid()) {
+            m_min = p;
+            m_max = p;
+            return;
+        }
+        if (p.x < m_min.x)
+            m_min.x = p.x;
+        if (p.y < m_min.y)
+            m_min.y = p.y;
+        if (p.z < m_min.z)
+            m_min.z = p.z;
+        if (p.x > m_max.x)
+            m_max.x = p.x;
+        if (p.y > m_max.y)
+            m_max.y = p.y;
+        if (p.z > m_max.z)
+            m_max.z = p.z;
+    }
     // Unites with another box; returns false when both are empty.
     bool Union(const GK_BoundingBox& other);
     bool IsPointIn(const GK_3dPoint& p, double tolerance = 0.0) const;

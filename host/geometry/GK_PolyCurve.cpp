@@ -124,6 +124,14 @@ int GK_PolyCurve::IsPolyline(GK_SimpleArray<GK_3dPoint>* points) const {
     return all.Count();
 }
 
+void GK_PolyCurve::Compact() {
+    for (GK_Curve* segment : m_segment)
+        if (segment)
+            segment->Compact();
+    m_segment.Compact();
+    m_t.Compact();
+}
+
 // Each segment against the chord of the whole chain, not against its own.
 bool GK_PolyCurve::StaysNearLine(const GK_3dPoint& from, const GK_3dPoint& to,
                                  double tolerance) const {

@@ -112,6 +112,15 @@ bool GK_PolylineCurve::Reverse() {
     return true;
 }
 
+void GK_PolylineCurve::Compact() {
+    bool indices = m_t.Count() == m_pline.Count();
+    for (int i = 0; indices && i < m_t.Count(); ++i)
+        indices = m_t[i] == static_cast<double>(i);
+    if (indices)
+        m_t.Destroy();
+    m_pline.Compact();
+}
+
 int GK_PolylineCurve::IsPolyline(GK_SimpleArray<GK_3dPoint>* points) const {
     const int n = m_pline.Count();
     if (n < 2)

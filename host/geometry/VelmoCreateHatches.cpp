@@ -314,7 +314,7 @@ void SortLoops(std::vector<LoopInfo>& loops) {
 // Moves the end of the curve onto `target`, keeping the rest; false, with the curve as it
 // was, when the class cannot do it exactly.
 bool MoveEnd(GK_Curve* curve, const GK_3dPoint& target) {
-    if (auto* pl = dynamic_cast<GK_PolylineCurve*>(curve)) {
+    if (auto* pl = GK_CurveCast<GK_PolylineCurve>(curve)) {
         const int n = pl->PointCount();
         if (n < 3)
             return false;
@@ -325,7 +325,7 @@ bool MoveEnd(GK_Curve* curve, const GK_3dPoint& target) {
         pl->m_pline[n - 1] = old;
         return false;
     }
-    if (auto* line = dynamic_cast<GK_LineCurve*>(curve)) {
+    if (auto* line = GK_CurveCast<GK_LineCurve>(curve)) {
         const GK_3dPoint old = line->m_line.to;
         line->m_line.to = target;
         if (line->IsValid() && line->PointAtEnd() == target)
@@ -333,7 +333,7 @@ bool MoveEnd(GK_Curve* curve, const GK_3dPoint& target) {
         line->m_line.to = old;
         return false;
     }
-    if (auto* nurbs = dynamic_cast<GK_NurbsCurve*>(curve)) {
+    if (auto* nurbs = GK_CurveCast<GK_NurbsCurve>(curve)) {
         const int last = nurbs->CVCount() - 1;
         GK_4dPoint old;
         if (last < 0 || !nurbs->GetCV(last, old))
@@ -346,7 +346,7 @@ bool MoveEnd(GK_Curve* curve, const GK_3dPoint& target) {
         nurbs->SetCV(last, old);
         return false;
     }
-    if (auto* chain = dynamic_cast<GK_PolyCurve*>(curve)) {
+    if (auto* chain = GK_CurveCast<GK_PolyCurve>(curve)) {
         GK_Curve* seg = chain->SegmentCurve(chain->Count() - 1);
         return seg && MoveEnd(seg, target) && chain->PointAtEnd() == target;
     }
@@ -364,7 +364,7 @@ GK_Curve* LoopCurve(const GK_Curve& source, const GK_Plane& plane) {
         // A chain may have moved its last segment and still missed; start from where it is.
         const GK_3dPoint now = curve->PointAtEnd();
         if (!(now == start)) {
-            auto* chain = dynamic_cast<GK_PolyCurve*>(curve);
+            auto* chain = GK_CurveCast<GK_PolyCurve>(curve);
             if (!chain) {
                 chain = new GK_PolyCurve;
                 chain->Append(curve);
@@ -399,6 +399,7 @@ GK_Curve* LoopCurve(const GK_Curve& source, const GK_Plane& plane) {
         delete curve;
         return nullptr;
     }
+    curve->Compact(); // the hatch keeps it as it is now
     return curve;
 }
 

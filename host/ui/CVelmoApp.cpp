@@ -12,14 +12,24 @@ CVelmoApp& VelmoApp() {
 
 namespace {
 int waitCursorDepth = 0;
+CVelmoWaitCursor::Listener& WaitCursorListener() {
+    static CVelmoWaitCursor::Listener listener;
+    return listener;
+}
 } // namespace
 
 CVelmoWaitCursor::CVelmoWaitCursor() {
-    ++waitCursorDepth;
+    if (waitCursorDepth++ == 0 && WaitCursorListener())
+        WaitCursorListener()(true);
 }
 
 CVelmoWaitCursor::~CVelmoWaitCursor() {
-    --waitCursorDepth;
+    if (--waitCursorDepth == 0 && WaitCursorListener())
+        WaitCursorListener()(false);
+}
+
+void CVelmoWaitCursor::SetListener(Listener listener) {
+    WaitCursorListener() = std::move(listener);
 }
 
 int CVelmoWaitCursor::Depth() {

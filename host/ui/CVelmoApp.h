@@ -1,5 +1,7 @@
 #pragma once
 // The application object: its headless state and its command line.
+#include <functional>
+#include <utility>
 
 class CVelmoApp {
 public:
@@ -16,14 +18,19 @@ private:
 
 CVelmoApp& VelmoApp();
 
-// Shows the wait cursor for its lifetime.
+// Shows the wait cursor for its lifetime. Nested cursors are one: the host that draws it
+// hears through its listener when it goes up and when it comes down.
 class CVelmoWaitCursor {
 public:
+    using Listener = std::function<void(bool shown)>;
+
     CVelmoWaitCursor();
     ~CVelmoWaitCursor();
     CVelmoWaitCursor(const CVelmoWaitCursor&) = delete;
     CVelmoWaitCursor& operator=(const CVelmoWaitCursor&) = delete;
-    // How many are alive. The count is the host's, one for all modules, so it is kept in
-    // the host's core and not in this header.
+    // How many are alive. The count and the listener are the host's, one for all modules, so
+    // they are kept in the host's core and not in this header.
     static int Depth();
+    // Told when the cursor goes up and when it comes down; an empty listener draws nothing.
+    static void SetListener(Listener listener);
 };

@@ -95,6 +95,8 @@ PDFToken* PDFParser::Peek(int i) const {
 void PDFParser::Drop() {
     if (operandStack.empty())
         return;
+    if (operandStack.back()->IsType(kPdfKindMark) && markCount > 0)
+        --markCount;
     operandStack.back()->Release();
     operandStack.pop_back();
 }
@@ -104,6 +106,8 @@ PDFToken* PDFParser::Pop() {
         return new PDFNull();
     PDFToken* top = operandStack.back();
     operandStack.pop_back();
+    if (top->IsType(kPdfKindMark) && markCount > 0)
+        --markCount;
     return top;
 }
 
@@ -359,10 +363,13 @@ PDFStatus PDFParser::ReadNumber(int first) {
     return kPdfOk;
 }
 
-int PDFParser::FindMark() const {
-    for (int i = static_cast<int>(operandStack.size()) - 1; i >= 0; --i)
-        if (operandStack[static_cast<std::size_t>(i)]->IsType(kPdfKindMark))
-            return i;
+int PDFParser::FindMark() {
+    if (markCount > 0) {
+        for (int i = static_cast<int>(operandStack.size()) - 1; i >= 0; --i)
+            if (operandStack[static_cast<std::size_t>(i)]->IsType(kPdfKindMark))
+                return i;
+    }
+    markCount = 0;
     return -1;
 }
 
@@ -375,6 +382,7 @@ PDFStatus PDFParser::CloseArray() {
     operandStack.resize(static_cast<std::size_t>(mark) + 1);
     operandStack.back()->Release();
     operandStack.back() = array;
+    --markCount; // found, so counted
     return kPdfOk;
 }
 
@@ -410,5 +418,6 @@ PDFStatus PDFParser::CloseDictionary() {
     }
     operandStack.back()->Release();
     operandStack.back() = dict;
+    --markCount; // found, so counted
     return kPdfOk;
 }

@@ -36,7 +36,11 @@ public:
     PDFToken* Peek(int i) const;
     void Drop();
     [[nodiscard]] PDFToken* Pop();
-    void Push(PDFToken* owned) { operandStack.push_back(owned); }
+    void Push(PDFToken* owned) {
+        if (owned->IsType(kPdfKindMark))
+            ++markCount;
+        operandStack.push_back(owned);
+    }
     void PushFloat(double value) { Push(new PDFFloat(value)); }
     std::int32_t PopInteger();
     double PopFloat(double defaultValue);
@@ -61,6 +65,11 @@ public:
     std::istream* input;
     bool ownsInput = false;
 
+protected:
+    // Index of the topmost mark on the operand stack, or -1. Costs nothing while no mark is
+    // there, so that a stream of closers without openers stays linear.
+    int FindMark();
+
 private:
     void PushBack(int c) {
         lastChar = c;
@@ -75,9 +84,12 @@ private:
     [[nodiscard]] PDFStatus CloseDictionary();
     [[nodiscard]] PDFStatus ReadStream();
     void SkipInlineImage();
-    int FindMark() const; // index of the topmost mark, or -1
     // Stores by subscript; a value displaced from the slot is released.
     static void Store(PDFToken* dict, const std::string& key, PDFToken* owned);
 
     std::size_t loopSearchBudget = 1000000; // containers "def" may look at, in all
+    // Marks on the operand stack, or more, never fewer: Push counts them in, Pop, Drop and
+    // the closers count them out. Whoever takes the stack apart otherwise may leave the
+    // count too high, which costs a search, and a search that finds none sets it to 0.
+    std::size_t markCount = 0;
 };

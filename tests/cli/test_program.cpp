@@ -83,10 +83,10 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
     EXPECT_NE(r.out.find("import"), std::string::npos) << r.out;
     r = Run("import --help");
     EXPECT_EQ(r.status, 0);
-    for (const char* option : {"--type", "--option", "--batch", "--fit-views", "--reference",
-                               "--no-questions", "--interactive", "--answers", "--pages",
-                               "--settings", "--json", "--json-indent", "--svg", "--quiet",
-                               "--plugin", "--temp-dir", "--max-memory"})
+    for (const char* option :
+         {"--type", "--option", "--batch", "--fit-views", "--reference", "--no-questions",
+          "--interactive", "--answers", "--pages", "--settings", "--json", "--json-indent", "--svg",
+          "--quiet", "--plugin", "--temp-dir", "--max-memory"})
         EXPECT_NE(r.out.find(option), std::string::npos) << option;
     r = Run("--version");
     EXPECT_EQ(r.status, 0);
@@ -172,6 +172,7 @@ TEST_F(ProgramTest, ReportsOnStandardOutputAndModeFlags) {
     EXPECT_EQ(report["views"]["fits"], 0);
     EXPECT_EQ(report["objects"][0]["reference"], false);
     EXPECT_NE(r.err.find("Imported 3 curves"), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find('\r'), std::string::npos) << "no spinner in a file";
     // Without options the drawing is fitted to the default screen, 40 units across.
     const json& line = report["objects"][0]["curve"]["points"];
     EXPECT_NEAR(line[1][0].get<double>() - line[0][0].get<double>(), 20.0, 1e-9);

@@ -58,6 +58,24 @@ TEST(FontLoading, TfLoadsEachNameOnce) {
     EXPECT_EQ(state.Calls("SetFont"), (std::vector<std::string>{"SetFont F1 12 0 0"}));
     EXPECT_EQ(state.fontFamily, "ABCDEF+Gothic");
     EXPECT_EQ(state.textAdvance, 0);
+
+    // With the import's cache a font read on an earlier page gives the same fields and the
+    // same tables; a font that sets no missing width keeps the one in force.
+    FontCache cache;
+    SharedToUnicodeMap first;
+    for (int pass = 0; pass < 2; ++pass) {
+        PDFGraphics next(&opened->doc, &state, page);
+        next.fontCache = &cache;
+        next.SetStream(new std::istringstream("/F2 10 Tf /F1 12 Tf"), true);
+        EXPECT_EQ(next.ParseUntil(nullptr), kPdfEof);
+        EXPECT_EQ(state.fontFamily, "Helvetica");
+        EXPECT_EQ(state.widths.at(65), 600);
+        EXPECT_EQ(state.missingWidth, 1000);
+        if (pass == 0)
+            first = next.fontToUnicode.at("F2");
+        EXPECT_EQ(next.fontToUnicode.at("F2"), first); // read once
+    }
+    EXPECT_EQ(cache.size(), 2u);
 }
 
 } // namespace

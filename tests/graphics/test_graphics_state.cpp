@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -212,6 +213,7 @@ TEST(GraphicsState, SavedFramesRestoreOnlyTheirFields) {
     state.Clip(0);
     state.EndPath();
     const std::vector<PathElement> clip = state.clipElements;
+    const std::uint64_t clipVersion = state.clipVersion;
     state.SetLineWidth(1);
 
     state.SaveState();
@@ -221,6 +223,7 @@ TEST(GraphicsState, SavedFramesRestoreOnlyTheirFields) {
     state.SetColour(1, 0, 1, 0);
     state.MoveTo(7, 7);
     state.Clip(1);
+    EXPECT_NE(state.clipVersion, clipVersion) << "another clip, another version";
     state.SetLineWidth(4);
     state.SetLineCap(2);
     const double dash[] = {6};
@@ -234,6 +237,7 @@ TEST(GraphicsState, SavedFramesRestoreOnlyTheirFields) {
     EXPECT_EQ(state.currentMatrix, (PDFMatrix{1, 0, 0, 1, 5, 5}));
     EXPECT_EQ(state.textMatrix, (PDFMatrix{2, 0, 0, 2, 1, 1}));
     EXPECT_EQ(state.clipElements, clip);
+    EXPECT_EQ(state.clipVersion, clipVersion);
     EXPECT_EQ(state.fillColour, 0x0000FFu);
     EXPECT_EQ(state.strokeColour, 0xFF0000u);
     // The old colour comes back silently.

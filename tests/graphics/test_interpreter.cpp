@@ -40,8 +40,11 @@ public:
     }
     std::string StackText() const {
         std::string text;
-        for (PDFToken* token : operandStack)
-            text += (text.empty() ? "" : " ") + token->ToString();
+        for (PDFToken* token : operandStack) {
+            if (!text.empty())
+                text += ' ';
+            text += token->ToString();
+        }
         return text;
     }
 

@@ -364,4 +364,12 @@ TEST(PolyCurve, DomainEvaluationAndOwnership) {
     dot.MakeClampedUniformKnotVector();
     EXPECT_TRUE(dot.IsValid());
     EXPECT_FALSE(dot.IsClosed()); // every CV at the origin: a point, not a loop
+    // A loop whose only vertex is its start is told from a point by its bulge; so is a chain
+    // of such loops.
+    dot.SetCV(1, GK_3dPoint(0, 1, 0));
+    EXPECT_TRUE(dot.IsClosed());
+    GK_PolyCurve loops;
+    loops.Append(dot.DuplicateCurve());
+    loops.Append(dot.DuplicateCurve());
+    EXPECT_TRUE(loops.IsClosed());
 }

@@ -228,8 +228,13 @@ TEST(Hatch, TransformBoxCopyAndLoops) {
     EXPECT_EQ(h.LoopCurve3d(2), nullptr);
     EXPECT_EQ(h.LoopCurve3d(-1), nullptr);
 
-    GK_Hatch empty;
-    EXPECT_FALSE(empty.IsValid());
+    // What a hatch keeps of its validity and box goes when a loop comes.
+    GK_Hatch grown;
+    EXPECT_FALSE(grown.IsValid());
+    EXPECT_FALSE(grown.BoundingBox().IsValid());
+    grown.AddLoop(new GK_HatchLoop(Square(0, 0, 1), GK_HatchLoop::ltOuter));
+    EXPECT_TRUE(grown.IsValid());
+    EXPECT_EQ(grown.BoundingBox().Max(), GK_3dPoint(1, 1, 0));
     GK_Hatch holeFirst;
     holeFirst.AddLoop(new GK_HatchLoop(Square(0, 0, 1), GK_HatchLoop::ltInner));
     EXPECT_FALSE(holeFirst.IsValid());

@@ -22,12 +22,17 @@ inline std::string PointText(const GK_3dPoint& p) {
 inline std::string CurveText(const GK_Curve& curve) {
     if (const auto* polyline = dynamic_cast<const GK_PolylineCurve*>(&curve)) {
         std::string text = "polyline";
-        for (const GK_3dPoint& p : polyline->m_pline)
-            text += " " + PointText(p);
+        for (const GK_3dPoint& p : polyline->m_pline) {
+            text += ' ';
+            text += PointText(p);
+        }
         return text;
     }
     if (const auto* line = dynamic_cast<const GK_LineCurve*>(&curve))
-        return "line " + PointText(line->m_line.from) + " " + PointText(line->m_line.to);
+        return std::string("line ")
+            .append(PointText(line->m_line.from))
+            .append(" ")
+            .append(PointText(line->m_line.to));
     if (const auto* nurbs = dynamic_cast<const GK_NurbsCurve*>(&curve)) {
         std::string text = "nurbs";
         for (int i = 0; i < nurbs->CVCount(); ++i) {
@@ -63,8 +68,10 @@ inline std::string PendingText(const PendingObject& pending) {
     text += " colour " + std::to_string(pending.colour) + " width " + Number(pending.lineWidth);
     if (!pending.dashPattern.empty()) {
         text += " dash";
-        for (double v : pending.dashPattern)
-            text += " " + Number(v);
+        for (double v : pending.dashPattern) {
+            text += ' ';
+            text += Number(v);
+        }
     }
     return text;
 }

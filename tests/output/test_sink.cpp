@@ -46,9 +46,9 @@ TEST_F(SinkTest, OptionalContentBuildsTheLayerTreeTopDown) {
     groups["Orphan"] = {"Missing", true};
     groups["\xE9t\xE9"] = {"", true};
     // Deeper levels sort first, so each pass reaches one level further: 15 below the top.
+    const auto name = [](int n) { return std::string("n").append(std::to_string(n)); };
     for (int level = 0; level <= 16; ++level)
-        groups["n" + std::to_string(99 - level)] = {
-            level == 0 ? "" : "n" + std::to_string(100 - level), true};
+        groups[name(99 - level)] = {level == 0 ? "" : name(100 - level), true};
 
     PDFToVelmo sink(&doc, &options);
     sink.OptionalContentLoaded(groups);

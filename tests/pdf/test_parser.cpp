@@ -1,10 +1,15 @@
 #include "pdf/input/MemoryInput.h"
 #include "pdf/parser/PDFParser.h"
+#include "pdf/token/PDFNumbers.h"
 #include "pdf/xref/PDFDocument.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cstdint>
+#include <locale.h>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -61,6 +66,26 @@ TEST(Parser, NumberForms) {
     EXPECT_EQ(Parse("+5").words, std::vector<std::string>{"+5"});
     // The byte that ends a number is read again.
     EXPECT_EQ(Parse("5(a)").stack, (Stack{"5", "(a)"}));
+
+    // Real numbers come out as strtod makes them of the text the parser collects, bit for
+    // bit: random texts of the bytes a number may hold, long digit runs and huge exponents.
+    static const locale_t classic = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(0));
+    std::mt19937 random(5);
+    const std::string alphabet = "0123456789+-.e";
+    for (int n = 0; n < 20000; ++n) {
+        std::string text;
+        const int length = 1 + static_cast<int>(random() % (n % 10 == 0 ? 40 : 12));
+        for (int i = 0; i < length; ++i)
+            text += alphabet[random() % (i < 30 ? alphabet.size() : 10)];
+        if (n % 7 == 0) {
+            text += 'e';
+            text += std::to_string(static_cast<int>(random() % 800) - 400);
+        }
+        const double expected = strtod_l(text.c_str(), nullptr, classic);
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(PdfAtof(text.c_str())),
+                  std::bit_cast<std::uint64_t>(expected))
+            << text;
+    }
 }
 
 TEST(Parser, LiteralStrings) {
@@ -111,6 +136,11 @@ TEST(Parser, ArraysDictionariesAndReferences) {
     EXPECT_EQ(Parse("<</A 1 2 3>>").status, kPdfKeysMustBeNames);
     EXPECT_EQ(Parse("]").status, kPdfUnmatchedBracket);
     EXPECT_EQ(Parse("1 >>").status, kPdfUnmatchedDictEnd);
+    // Marks are counted however they come and go: a doubled mark closes twice, one taken off
+    // by a word or by a closer leaves none behind.
+    EXPECT_EQ(Parse("[ dup 1 ] ]").stack, Stack{"[[1]]"});
+    EXPECT_EQ(Parse("[ pop ]").status, kPdfUnmatchedBracket);
+    EXPECT_EQ(Parse("<< >> ]").status, kPdfUnmatchedBracket);
     EXPECT_EQ(Parse("5 0 R").stack, Stack{"5 0 R"});
     EXPECT_EQ(Parse("/A 0 R").stack, Stack{"0 0 R"});
     EXPECT_EQ(Parse("R").stack, Stack{"0 0 R"});
