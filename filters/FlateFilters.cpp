@@ -18,6 +18,20 @@ PDFStatus InflateStatus(int z) {
     return kPdfZlibError; // Z_BUF_ERROR of a cut stream among them
 }
 
+// Ends a started zlib stream however its loop is left: growing the output can throw when the
+// import runs out of its memory, and zlib's own state would then be lost.
+class ZStreamEnd {
+public:
+    ZStreamEnd(z_stream& z, int (*end)(z_streamp)) : m_z(z), m_end(end) {}
+    ZStreamEnd(const ZStreamEnd&) = delete;
+    ZStreamEnd& operator=(const ZStreamEnd&) = delete;
+    ~ZStreamEnd() { m_end(&m_z); }
+
+private:
+    z_stream& m_z; // borrowed: the stream of the caller's frame
+    int (*m_end)(z_streamp);
+};
+
 // Grows `text` to exactly `size` bytes of room. A plain resize may double the capacity
 // beyond what was asked, which near the bound of one stream would ask for twice the bound.
 void GrowTo(std::string& text, std::size_t size) {
@@ -46,12 +60,7 @@ int Inflate(const std::string& input, std::string& output, std::size_t window, b
     started = inflateInit(&z) == Z_OK;
     if (!started)
         return Z_STREAM_ERROR;
-    // The output's growth may fail when the import's memory bound is reached; zlib's state
-    // is let go on that way out too.
-    struct InflateEnd {
-        z_stream& z;
-        ~InflateEnd() { inflateEnd(&z); }
-    } end{z};
+    const ZStreamEnd ending(z, inflateEnd);
     // Inflated straight into the output, whose room doubles as it fills: no copy through a
     // buffer, and growth stays amortised. The narrow window is kept exactly; a wide one
     // takes all the room there is.
@@ -104,6 +113,7 @@ PDFStatus FlateEncode(const std::string& input, std::string& output, PDFToken*) 
     z_stream z{};
     if (deflateInit(&z, Z_DEFAULT_COMPRESSION) != Z_OK)
         return kPdfZlibError;
+    const ZStreamEnd ending(z, deflateEnd);
     z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data()));
     z.avail_in = static_cast<uInt>(input.size() > UINT_MAX ? UINT_MAX : input.size());
     // Deflating everything with Z_FINISH gives the same bytes through any window.
@@ -115,6 +125,5 @@ PDFStatus FlateEncode(const std::string& input, std::string& output, PDFToken*) 
         status = deflate(&z, Z_FINISH);
         output.append(reinterpret_cast<const char*>(buffer.data()), buffer.size() - z.avail_out);
     } while (status == Z_OK);
-    deflateEnd(&z);
     return status == Z_STREAM_END ? kPdfOk : kPdfZlibError;
 }

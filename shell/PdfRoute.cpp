@@ -34,7 +34,19 @@ int CQuillonPlugIn::ReadPdfRoute(const wchar_t* path, CVelmoDoc& doc,
     } discardOnThrow{sink};
 
     const bool batchMode = options.Mode(CVelmoFileReadOptions::BatchModeFlag);
-    const PDFStatus status = ReadDocument(VmOpenFile(path, "rb"), sink, batchMode, PromptForPages);
+    // A second page without a /MediaBox of its own goes below what the first page drew: the
+    // box of that drawing, grown by its own width and height on every side, is its size.
+    const PendingPageBox drawnBox = [&sink](double& size, double& e, double& f) {
+        double minX, minY, maxX, maxY;
+        sink.GetPendingExtents(minX, minY, maxX, maxY);
+        GK_4dRect box(minX, minY, maxX, maxY);
+        box.InflateRect(box.Width(), box.Height());
+        size = box.Height();
+        e = box.CenterX();
+        f = box.CenterY();
+    };
+    const PDFStatus status =
+        ReadDocument(VmOpenFile(path, "rb"), sink, batchMode, PromptForPages, drawnBox);
 
     const GK_ArchivableDictionary& dictionary = options.OptionsDictionary();
     const bool hasDictionary = dictionary.Count() > 0;

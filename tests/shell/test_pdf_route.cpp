@@ -92,6 +92,34 @@ std::string EmptyPages(int pages) {
     return w.Text();
 }
 
+TEST_F(PdfRoute, PagesWithoutTheirOwnBoxStackByTheFirstDrawing) {
+    // The box sits on the page tree only, so no page has a size of its own: the second is
+    // placed by the first page's drawing, grown by its own size (60 high, centred at y 10),
+    // and the third has no offset of its own, below the second.
+    tarquil::test::PdfWriter w;
+    w.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+    w.Object(2, "<< /Type /Pages /Kids [3 0 R 4 0 R 5 0 R] /Count 3 /MediaBox [0 0 200 100] >>");
+    for (int page = 3; page <= 5; ++page)
+        w.Object(page, "<< /Type /Page /Parent 2 0 R /Contents 6 0 R >>");
+    w.Stream(6, "", "0 0 m 10 20 l S");
+    w.ClassicXref("/Root 1 0 R");
+    TempFile file("stack.pdf", w.Text());
+    options.OptionsDictionary().SetBool(L"PreserveModelScale", true);
+    options.OptionsDictionary().SetDouble(L"PDFScale", 1.0);
+    options.OptionsDictionary().SetDouble(L"VelmoScale", 1.0);
+    options.OptionsDictionary().SetInt32(L"PdfUnits", ImportUnitPoint);
+    CQuillonPlugIn plugIn;
+    ASSERT_EQ(plugIn.ImportFile(file.WidePath().c_str(), 0, doc, options), 1);
+    ASSERT_EQ(doc.ObjectCount(), 3);
+    const double bottoms[] = {0.0, -30.0, -60.0};
+    for (int i = 0; i < 3; ++i) {
+        const GK_BoundingBox box = doc.Object(i).Geometry()->BoundingBox();
+        EXPECT_NEAR(box.Min().x, 0.0, 1e-9) << i;
+        EXPECT_NEAR(box.Min().y, bottoms[i], 1e-9) << i;
+        EXPECT_NEAR(box.Max().y, bottoms[i] + 20.0, 1e-9) << i;
+    }
+}
+
 TEST_F(PdfRoute, EveryFailureShowsItsOneMessage) {
     CQuillonPlugIn plugIn;
     auto lastMessage = [] { return VmMessages().Messages().back(); };
