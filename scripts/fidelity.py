@@ -323,9 +323,10 @@ def compare(ref, mine, tolerance):
     }
 
 
-def side_by_side(ref, mine, masks, out_png):
+def side_by_side(ref, mine, masks, out_png, cad=None):
     """Reference | tarquil | overlay: black where both agree, blue page ink tarquil lacks, red
-    tarquil ink the page lacks (or of another colour)."""
+    tarquil ink the page lacks (or of another colour); then, when given, the DXF as a CAD
+    program draws it, fitted to its own page and so not compared pixel by pixel."""
     ref_ink, mine_ink, ref_ok, mine_ok = masks
     overlay = np.full(ref.shape, 255, dtype=np.uint8)
     overlay[ref_ink & ref_ok] = (150, 150, 150)
@@ -333,8 +334,10 @@ def side_by_side(ref, mine, masks, out_png):
     overlay[ref_ink & ~ref_ok] = (40, 90, 255)
     overlay[mine_ink & ~mine_ok] = (230, 30, 30)
     gap = np.full((ref.shape[0], 8, 3), 200, dtype=np.uint8)
-    strip = np.concatenate([ref.astype(np.uint8), gap, mine.astype(np.uint8), gap, overlay],
-                           axis=1)
+    panels = [ref.astype(np.uint8), gap, mine.astype(np.uint8), gap, overlay]
+    if cad is not None:
+        panels += [gap, cad.astype(np.uint8)]
+    strip = np.concatenate(panels, axis=1)
     img = Image.fromarray(strip)
     if img.width > 4000:
         img = img.resize((4000, max(1, img.height * 4000 // img.width)), Image.LANCZOS)
@@ -343,6 +346,25 @@ def side_by_side(ref, mine, masks, out_png):
 
 # ---------------------------------------------------------------------------------------------
 # One page
+
+
+def cad_picture(dxf, shape):
+    """The DXF drawn by LibreCAD through scripts/dxf-picture, on a white panel of `shape`;
+    None when there is no DXF or LibreCAD draws nothing of it."""
+    if not dxf.exists():
+        return None
+    png = dxf.with_name(dxf.name + ".png")
+    script = Path(__file__).resolve().parent / "dxf-picture"
+    try:
+        if run([str(script), str(dxf), str(png), "100"], 300).returncode != 0:
+            return None
+    except subprocess.TimeoutExpired:
+        return None
+    img = Image.open(png).convert("RGB")
+    img.thumbnail((shape[1], shape[0]), Image.LANCZOS)
+    panel = np.full(shape, 255, dtype=np.uint8)
+    panel[:img.height, :img.width] = np.asarray(img)
+    return panel
 
 
 def settings_file(path):
@@ -375,6 +397,8 @@ def import_pdf(args, pdf, pages, base):
            "--option", "PreserveModelScale=true", "--option", "VelmoScale=1", "--option",
            "PDFScale=1", "--option", "PdfUnits=3", "--quiet", "--temp-dir", str(temp),
            "--json", str(json_out), "--svg", str(svg_raw)]
+    if args.dxf:
+        cmd += ["--dxf", str(base.with_name(base.name + ".dxf"))]
     try:
         status = run(cmd, args.timeout, stdin=subprocess.DEVNULL).returncode
     except subprocess.TimeoutExpired:
@@ -568,6 +592,9 @@ def main():
     ap.add_argument("--stacked", action="store_true",
                     help="import each file whole and find every page where the page driver "
                          "stacks it below the pages before it")
+    ap.add_argument("--dxf", action="store_true",
+                    help="also write each import as DXF and add LibreCAD's drawing of it to "
+                         "the side-by-side pictures")
     ap.add_argument("--out", default="out/fidelity")
     args = ap.parse_args()
 
@@ -645,8 +672,9 @@ def main():
         mine = load_rgb(mine_png, size) if mine_png.exists() else np.full(ref.shape, 255,
                                                                           np.int16)
         masks = np.load(masks_file)
+        cad = cad_picture(base.with_name(r["name"] + ".dxf"), ref.shape) if args.dxf else None
         side_by_side(ref, mine, [masks["arr_%d" % i] for i in range(4)],
-                     out / "worst" / ("%02d_%s.png" % (k + 1, r["name"])))
+                     out / "worst" / ("%02d_%s.png" % (k + 1, r["name"])), cad)
     return 0
 
 
