@@ -269,10 +269,7 @@ int RunImport(const ImportArguments& args) {
     std::optional<std::vector<std::wstring>> fonts;
     if (!args.fontsPath.empty())
         fonts = ReadFontsFile(args.fontsPath);
-    const auto settingsPath = ResolveSettingsPath(args.settings, std::getenv);
-    if (!settingsPath && args.settings != "none")
-        std::cerr << "tarquil: warning: neither XDG_CONFIG_HOME nor HOME is set; the settings "
-                     "are neither loaded nor saved\n";
+    const auto settingsPath = SettingsPathFor(args.settings);
 
     CVelmoDoc doc;
     WaitCursorDisplay display(!args.quiet);
@@ -283,11 +280,8 @@ int RunImport(const ImportArguments& args) {
     SettingsStore settings(settingsPath);
     settings.Read(std::cerr);
     VmPlugInLibrary library;
-    std::string error;
-    if (!library.Load(PlugInLibraryPath(args.plugIn), settings.Context(), error)) {
-        std::cerr << "tarquil: error: " << error << "\n";
+    if (!LoadPlugIn(library, args.plugIn, settings.Context()))
         return kExitFailure;
-    }
     const std::wstring path = VmWideFromBytes(args.input);
     int result = 0;
     {
@@ -299,6 +293,7 @@ int RunImport(const ImportArguments& args) {
     settings.Write(std::cerr);
 
     bool written = true;
+    std::string error;
     const auto writeJson = [&](std::ostream& out) {
         JsonWriter writer(out, args.jsonIndent);
         WriteDocumentJson(writer, doc, result, VmMessages().Messages());

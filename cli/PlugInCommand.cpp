@@ -169,11 +169,8 @@ int RunPlugInInfo(const PlugInArguments& args) {
     // As a host sees the plug-in on its first start: default settings, none stored.
     SettingsContext settings;
     VmPlugInLibrary library;
-    std::string error;
-    if (!library.Load(PlugInLibraryPath(args.plugIn), settings, error)) {
-        std::cerr << "tarquil: error: " << error << "\n";
+    if (!LoadPlugIn(library, args.plugIn, settings))
         return kExitFailure;
-    }
     library.Unload();
     std::cout << (args.json ? PlugInInfoJson(library).dump(
                                   2, ' ', false, nlohmann::json::error_handler_t::replace) +
@@ -185,20 +182,14 @@ int RunPlugInInfo(const PlugInArguments& args) {
 int RunPlugInOptions(const PlugInArguments& args) {
     const nlohmann::json answers =
         args.answersPath.empty() ? nlohmann::json::array() : ReadAnswersFile(args.answersPath);
-    const auto settingsPath = ResolveSettingsPath(args.settings, std::getenv);
-    if (!settingsPath && args.settings != "none")
-        std::cerr << "tarquil: warning: neither XDG_CONFIG_HOME nor HOME is set; the settings "
-                     "are neither loaded nor saved\n";
+    const auto settingsPath = SettingsPathFor(args.settings);
     SetUpHostAnswers({answers, args.interactive, args.quiet, std::nullopt});
 
     SettingsStore settings(settingsPath);
     settings.Read(std::cerr);
     VmPlugInLibrary library;
-    std::string error;
-    if (!library.Load(PlugInLibraryPath(args.plugIn), settings.Context(), error)) {
-        std::cerr << "tarquil: error: " << error << "\n";
+    if (!LoadPlugIn(library, args.plugIn, settings.Context()))
         return kExitFailure;
-    }
     const int index = FileTypeIndex(library, args.type);
     if (index < 0) {
         std::cerr << "tarquil: error: the plug-in registers no file type " << args.type << "\n";

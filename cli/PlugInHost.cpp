@@ -1,5 +1,7 @@
 #include "cli/PlugInHost.h"
 
+#include "cli/SettingsStore.h"
+#include "host/plugin/VmPlugInLibrary.h"
 #include "host/ui/CVelmoApp.h"
 #include "host/ui/VmMessages.h"
 #include "host/ui/VmUiDriver.h"
@@ -30,6 +32,22 @@ std::string PlugInLibraryPath(const std::string& option) {
     if (ec)
         return TARQUIL_PLUGIN_FILE;
     return (self.parent_path() / TARQUIL_PLUGIN_FILE).string();
+}
+
+bool LoadPlugIn(VmPlugInLibrary& library, const std::string& option, SettingsContext& settings) {
+    std::string error;
+    if (library.Load(PlugInLibraryPath(option), settings, error))
+        return true;
+    std::cerr << "tarquil: error: " << error << "\n";
+    return false;
+}
+
+std::optional<std::string> SettingsPathFor(const std::string& option) {
+    auto path = ResolveSettingsPath(option, std::getenv);
+    if (!path && option != "none")
+        std::cerr << "tarquil: warning: neither XDG_CONFIG_HOME nor HOME is set; the settings "
+                     "are neither loaded nor saved\n";
+    return path;
 }
 
 void SetUpHostAnswers(const HostAnswers& answers) {
