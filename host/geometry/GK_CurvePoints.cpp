@@ -85,6 +85,21 @@ GK_4dPoint Mid(const GK_4dPoint& a, const GK_4dPoint& b) {
     return {0.5 * (a.x + b.x), 0.5 * (a.y + b.y), 0.5 * (a.z + b.z), 0.5 * (a.w + b.w)};
 }
 
+// The control points of the two halves of the Bezier `piece` of `n` points, by de Casteljau;
+// `work` is room for n points.
+void Halve(const GK_4dPoint* piece, int n, GK_4dPoint* work, GK_4dPoint* left, GK_4dPoint* right) {
+    for (int i = 0; i < n; ++i)
+        work[i] = piece[i];
+    left[0] = work[0];
+    right[n - 1] = work[n - 1];
+    for (int r = 1; r < n; ++r) {
+        for (int j = 0; j + r < n; ++j)
+            work[j] = Mid(work[j], work[j + 1]);
+        left[r] = work[0];
+        right[n - 1 - r] = work[n - 1 - r];
+    }
+}
+
 // Halving by de Casteljau until the control points of a piece lie within the tolerance of
 // its chord; with positive weights the piece lies in their hull, so the chord is then
 // within the tolerance of the curve. Much cheaper than evaluating points one by one. The
@@ -119,16 +134,7 @@ void FlattenBezierPieces(const GK_NurbsCurve& c, double tolerance,
             --size;
             continue;
         }
-        for (int i = 0; i < n; ++i)
-            work[i] = piece.p[i];
-        left[0] = work[0];
-        right[n - 1] = work[n - 1];
-        for (int r = 1; r < n; ++r) {
-            for (int j = 0; j + r < n; ++j)
-                work[j] = Mid(work[j], work[j + 1]);
-            left[r] = work[0];
-            right[n - 1 - r] = work[n - 1 - r];
-        }
+        Halve(piece.p, n, work, left, right);
         // Right half below the left, so the left half comes out first.
         Piece& lower = stack[size - 1];
         Piece& upper = stack[size++];
@@ -171,15 +177,7 @@ void FlattenBezierAnyOrder(const GK_NurbsCurve& c, double tolerance,
             stack.resize(stack.size() - n);
             continue;
         }
-        work.assign(piece, piece + n);
-        left[0] = work[0];
-        right[n - 1] = work[n - 1];
-        for (int r = 1; r < n; ++r) {
-            for (int j = 0; j + r < n; ++j)
-                work[j] = Mid(work[j], work[j + 1]);
-            left[r] = work[0];
-            right[n - 1 - r] = work[n - 1 - r];
-        }
+        Halve(piece, n, work.data(), left.data(), right.data());
         stack.resize(stack.size() - n);
         stack.insert(stack.end(), right.begin(), right.end());
         depth.push_back(d + 1);
