@@ -1,9 +1,15 @@
 #pragma once
 // Small helpers the benchmarks share.
+#include "host/base/GK_String.h"
+
+#include <unistd.h>
 #include <zlib.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace tarquil::bench {
@@ -38,5 +44,31 @@ inline std::string AssemblePdf(const std::vector<std::string>& bodies) {
     return out + "trailer\n<< /Size " + size + " /Root 1 0 R >>\nstartxref\n" +
            std::to_string(xref) + "\n%%EOF\n";
 }
+
+// A file written to a temporary folder of its own, which goes with it.
+class FileOnDisk {
+public:
+    FileOnDisk(const std::string& folder, const std::string& name, const std::string& bytes)
+        : m_dir(std::filesystem::temp_directory_path() /
+                (folder + "-" + std::to_string(::getpid()))) {
+        std::filesystem::create_directories(m_dir);
+        const std::filesystem::path file = m_dir / name;
+        std::ofstream(file, std::ios::binary) << bytes;
+        path = VmWideFromUtf8(file.string());
+        megabytes = static_cast<double>(bytes.size()) / 1e6;
+    }
+    ~FileOnDisk() {
+        std::error_code ec;
+        std::filesystem::remove_all(m_dir, ec);
+    }
+    FileOnDisk(const FileOnDisk&) = delete;
+    FileOnDisk& operator=(const FileOnDisk&) = delete;
+
+    std::wstring path;
+    double megabytes = 0.0;
+
+private:
+    std::filesystem::path m_dir;
+};
 
 } // namespace tarquil::bench

@@ -113,27 +113,12 @@ std::string TextFile(int runs) {
 
 // The file of one size, written on first use and removed at exit.
 struct TextOnDisk {
-    std::filesystem::path dir;
-    std::wstring path;
     int runs = 0;
-    double megabytes = 0.0;
+    tarquil::bench::FileOnDisk file;
 
-    explicit TextOnDisk(int tenths) : runs(5000 * tenths) {
-        dir = std::filesystem::temp_directory_path() /
-              ("tarquil-bench-text-" + std::to_string(::getpid()) + "-" + std::to_string(tenths));
-        std::filesystem::create_directories(dir);
-        const std::filesystem::path file = dir / "text.pdf";
-        const std::string bytes = TextFile(runs);
-        megabytes = static_cast<double>(bytes.size()) / 1e6;
-        std::ofstream(file, std::ios::binary) << bytes;
-        path = VmWideFromUtf8(file.string());
-    }
-    ~TextOnDisk() {
-        std::error_code ec;
-        std::filesystem::remove_all(dir, ec);
-    }
-    TextOnDisk(const TextOnDisk&) = delete;
-    TextOnDisk& operator=(const TextOnDisk&) = delete;
+    explicit TextOnDisk(int tenths)
+        : runs(5000 * tenths),
+          file("tarquil-bench-text-" + std::to_string(tenths), "text.pdf", TextFile(runs)) {}
 };
 
 const TextOnDisk& TextPage(int tenths) {
@@ -169,7 +154,7 @@ void TextImport(benchmark::State& state) {
         VmMessages().Clear();
         state.ResumeTiming();
 
-        const int ok = plugIn.ImportFile(page.path.c_str(), ImportFormatPdf, *doc, options);
+        const int ok = plugIn.ImportFile(page.file.path.c_str(), ImportFormatPdf, *doc, options);
 
         state.PauseTiming();
         if (ok != 1) {
@@ -185,7 +170,7 @@ void TextImport(benchmark::State& state) {
     VmSetFontFamilies(std::nullopt);
     state.counters["in_runs"] = page.runs;
     state.counters["texts"] = texts;
-    state.counters["file_MB"] = page.megabytes;
+    state.counters["file_MB"] = page.file.megabytes;
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     state.counters["peak_MB"] = static_cast<double>(usage.ru_maxrss) / 1024.0;

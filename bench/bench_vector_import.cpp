@@ -236,52 +236,22 @@ std::string DrawingFile(int strokes, int dashRows, int fills, DrawingCounts& cou
     counts.fills = fills;
     const std::string data = Deflate(w.text);
 
-    std::string out = "%PDF-1.7\n%\xE2\xE3\xCF\xD3\n";
-    std::size_t offsets[5] = {};
-    auto object = [&](int number, const std::string& body) {
-        offsets[number] = out.size();
-        out.append(std::to_string(number)).append(" 0 obj\n").append(body).append("\nendobj\n");
-    };
-    object(1, "<< /Type /Catalog /Pages 2 0 R >>");
-    object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
-    object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 3000 2000] /Resources << >> "
-              "/Contents 4 0 R >>");
-    object(4, "<< /Filter /FlateDecode /Length " + std::to_string(data.size()) + " >>\nstream\n" +
-                  data + "\nendstream");
-    const std::size_t xref = out.size();
-    out += "xref\n0 5\n0000000000 65535 f\r\n";
-    for (int i = 1; i < 5; ++i) {
-        char line[21];
-        std::snprintf(line, sizeof line, "%010zu 00000 n\r\n", offsets[i]);
-        out += line;
-    }
-    out += "trailer\n<< /Size 5 /Root 1 0 R >>\nstartxref\n" + std::to_string(xref) + "\n%%EOF\n";
-    return out;
+    return tarquil::bench::AssemblePdf(
+        {"<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+         "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 3000 2000] /Resources << >> "
+         "/Contents 4 0 R >>",
+         "<< /Filter /FlateDecode /Length " + std::to_string(data.size()) + " >>\nstream\n" + data +
+             "\nendstream"});
 }
 
 // The file of one size, written on first use and removed at exit.
 struct DrawingOnDisk {
-    std::filesystem::path dir;
-    std::wstring path;
     DrawingCounts counts;
-    double megabytes = 0.0;
+    tarquil::bench::FileOnDisk file;
 
-    explicit DrawingOnDisk(int tenths) {
-        dir = std::filesystem::temp_directory_path() /
-              ("tarquil-bench-" + std::to_string(::getpid()) + "-" + std::to_string(tenths));
-        std::filesystem::create_directories(dir);
-        const std::filesystem::path file = dir / "drawing.pdf";
-        const std::string bytes = DrawingFile(10000 * tenths, 2000 * tenths, 1000 * tenths, counts);
-        megabytes = static_cast<double>(bytes.size()) / 1e6;
-        std::ofstream(file, std::ios::binary) << bytes;
-        path = VmWideFromUtf8(file.string());
-    }
-    ~DrawingOnDisk() {
-        std::error_code ec;
-        std::filesystem::remove_all(dir, ec);
-    }
-    DrawingOnDisk(const DrawingOnDisk&) = delete;
-    DrawingOnDisk& operator=(const DrawingOnDisk&) = delete;
+    explicit DrawingOnDisk(int tenths)
+        : file("tarquil-bench-" + std::to_string(tenths), "drawing.pdf",
+               DrawingFile(10000 * tenths, 2000 * tenths, 1000 * tenths, counts)) {}
 };
 
 const DrawingOnDisk& Drawing(int tenths) {
@@ -321,7 +291,7 @@ void VectorImport(benchmark::State& state) {
         VmMessages().Clear();
         state.ResumeTiming();
 
-        const int ok = plugIn.ImportFile(drawing.path.c_str(), ImportFormatPdf, *doc, options);
+        const int ok = plugIn.ImportFile(drawing.file.path.c_str(), ImportFormatPdf, *doc, options);
 
         state.PauseTiming();
         if (ok != 1) {
@@ -349,7 +319,7 @@ void VectorImport(benchmark::State& state) {
     state.counters["in_slanted_rows"] = in.slantedRows;
     state.counters["in_dash_subpaths"] = in.dashSubpaths;
     state.counters["in_fills"] = in.fills;
-    state.counters["file_MB"] = drawing.megabytes;
+    state.counters["file_MB"] = drawing.file.megabytes;
     state.counters["curves"] = curves;
     state.counters["dashed_curves"] = dashed; // curves that carry a linetype
     state.counters["hatches"] = hatches;
