@@ -16,6 +16,7 @@
 #include "host/ui/VmMessages.h"
 #include "host/ui/VmUiDriver.h"
 
+#include "BenchImport.h"
 #include "BenchSupport.h"
 
 #include <benchmark/benchmark.h>
@@ -132,48 +133,16 @@ const TextOnDisk& TextPage(int tenths) {
 // Argument: the number of runs in tenths of 50,000.
 void TextImport(benchmark::State& state) {
     const TextOnDisk& page = TextPage(static_cast<int>(state.range(0)));
-    VmMessages().Clear();
-    VmMessages().SetEcho(nullptr);
-    VmUi().Reset();
-    VelmoApp().SetHeadless(true);
+    tarquil::bench::QuietHost();
     // Three of the four fonts find a family; the Type0 font is reported missing once.
     VmSetFontFamilies(std::vector<std::wstring>{L"Arial", L"Helvetica", L"Times New Roman"});
-    static CQuillonPlugIn plugIn; // the library's own object is not linked here
-    plugIn.pdfOptions = ImportFormatOptions{};
-
-    CVelmoFileReadOptions options;
-    options.SetNoUserInterfaceQuestions(true);
-    // As in the vector benchmark: the peak below is that of this benchmark where Linux lets
-    // the high-water mark be reset.
-    std::ofstream("/proc/self/clear_refs") << "5";
     int texts = 0;
-    for (auto _ : state) {
-        state.PauseTiming();
-        auto doc = std::make_unique<CVelmoDoc>();
-        doc->SetHeadless(true);
-        VmMessages().Clear();
-        state.ResumeTiming();
-
-        const int ok = plugIn.ImportFile(page.file.path.c_str(), ImportFormatPdf, *doc, options);
-
-        state.PauseTiming();
-        if (ok != 1) {
-            const auto& log = VmMessages().Messages();
-            state.SkipWithError(log.empty() ? "import failed"
-                                            : VmUtf8FromWide(log.back().text).c_str());
-            return;
-        }
-        texts = doc->ObjectCount();
-        doc.reset();
-        state.ResumeTiming();
-    }
+    tarquil::bench::TimeImports(state, page.file.path,
+                                [&](const CVelmoDoc& doc) { texts = doc.ObjectCount(); });
     VmSetFontFamilies(std::nullopt);
     state.counters["in_runs"] = page.runs;
     state.counters["texts"] = texts;
     state.counters["file_MB"] = page.file.megabytes;
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    state.counters["peak_MB"] = static_cast<double>(usage.ru_maxrss) / 1024.0;
 }
 BENCHMARK(TextImport)->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
 

@@ -14,6 +14,7 @@
 #include "host/ui/VmMessages.h"
 #include "host/ui/VmUiDriver.h"
 
+#include "BenchImport.h"
 #include "BenchSupport.h"
 
 #include <benchmark/benchmark.h>
@@ -262,47 +263,15 @@ const DrawingOnDisk& Drawing(int tenths) {
     return *slot;
 }
 
-// A host without messages, scripted answers or a window, so nothing can stop to ask.
-void QuietHost() {
-    VmMessages().Clear();
-    VmMessages().SetEcho(nullptr);
-    VmUi().Reset();
-    VelmoApp().SetHeadless(true);
-}
-
 // Argument: the size in tenths of the full drawing.
 void VectorImport(benchmark::State& state) {
     const DrawingOnDisk& drawing = Drawing(static_cast<int>(state.range(0)));
-    QuietHost();
-    static CQuillonPlugIn plugIn;              // the library's own object is not linked here
-    plugIn.pdfOptions = ImportFormatOptions{}; // fills as hatches, fitted to the screen
-
-    CVelmoFileReadOptions options;
-    options.SetNoUserInterfaceQuestions(true);
-    // Linux lets a process reset its resident high-water mark, which ru_maxrss reads, so the
-    // peak below leaves out the generator and earlier benchmarks. Where that fails it stays
-    // the peak of the whole process so far.
-    std::ofstream("/proc/self/clear_refs") << "5";
+    tarquil::bench::QuietHost();
     int curves = 0, dashed = 0, hatches = 0;
-    for (auto _ : state) {
-        state.PauseTiming();
-        auto doc = std::make_unique<CVelmoDoc>();
-        doc->SetHeadless(true);
-        VmMessages().Clear();
-        state.ResumeTiming();
-
-        const int ok = plugIn.ImportFile(drawing.file.path.c_str(), ImportFormatPdf, *doc, options);
-
-        state.PauseTiming();
-        if (ok != 1) {
-            const auto& log = VmMessages().Messages();
-            state.SkipWithError(log.empty() ? "import failed"
-                                            : VmUtf8FromWide(log.back().text).c_str());
-            return;
-        }
+    tarquil::bench::TimeImports(state, drawing.file.path, [&](const CVelmoDoc& doc) {
         curves = dashed = hatches = 0;
-        for (int i = 0; i < doc->ObjectCount(); ++i) {
-            const CVelmoObject& object = doc->Object(i);
+        for (int i = 0; i < doc.ObjectCount(); ++i) {
+            const CVelmoObject& object = doc.Object(i);
             if (object.ObjectKind() == CVelmoObject::curve_object) {
                 ++curves;
                 dashed += object.Attributes().m_linetype_index >= 0;
@@ -310,9 +279,7 @@ void VectorImport(benchmark::State& state) {
                 ++hatches;
             }
         }
-        doc.reset(); // freeing the document is not part of the import
-        state.ResumeTiming();
-    }
+    });
     const DrawingCounts& in = drawing.counts;
     state.counters["in_strokes"] = in.strokes;
     state.counters["in_dash_rows"] = in.dashRows;
@@ -323,11 +290,6 @@ void VectorImport(benchmark::State& state) {
     state.counters["curves"] = curves;
     state.counters["dashed_curves"] = dashed; // curves that carry a linetype
     state.counters["hatches"] = hatches;
-    // The peak resident size of the process (code and all else resident included) since the
-    // reset above, over every iteration: not the import's own allocations alone.
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    state.counters["peak_MB"] = static_cast<double>(usage.ru_maxrss) / 1024.0;
 }
 BENCHMARK(VectorImport)->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
 
