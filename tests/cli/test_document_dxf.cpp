@@ -7,14 +7,14 @@
 #include "cli/DxfWriter.h"
 #include "cli/JsonWriter.h"
 
+#include "support/Curves.h"
 #include "support/PdfTemplate.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
-#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -24,6 +24,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using tarquil::test::Polyline;
 using tarquil::test::TempFile;
 
 const std::string kChecker = std::string(TARQUIL_TEST_DATA) + "/../cli/check_dxf.py";
@@ -35,15 +36,10 @@ bool HaveEzdxf() {
 
 // Runs the checker; its output names every difference.
 void ExpectAgrees(const fs::path& dxf, const fs::path& json) {
-    const std::string command =
-        "/usr/bin/python3 '" + kChecker + "' '" + dxf.string() + "' '" + json.string() + "' 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string output;
-    std::array<char, 4096> buf;
-    while (std::fgets(buf.data(), buf.size(), pipe))
-        output += buf.data();
-    const int status = pclose(pipe);
+    int status = -1;
+    const std::string output = tarquil::test::CommandOutput(
+        "/usr/bin/python3 '" + kChecker + "' '" + dxf.string() + "' '" + json.string() + "' 2>&1",
+        &status);
     EXPECT_EQ(status, 0) << output;
     EXPECT_EQ(output.rfind("agrees:", 0), 0u) << output;
 }
@@ -114,13 +110,6 @@ void AddCurve(CVelmoDoc& doc, GK_Curve* curve, const CVelmoObjectAttributes& a) 
     auto* object = new CVelmoCurveObject(a);
     object->SetCurve(curve);
     ASSERT_TRUE(doc.AddObject(object));
-}
-
-GK_PolylineCurve* Polyline(std::initializer_list<GK_3dPoint> points) {
-    GK_SimpleArray<GK_3dPoint> array;
-    for (const GK_3dPoint& p : points)
-        array.Append(p);
-    return new GK_PolylineCurve(array);
 }
 
 // A quarter circle as a rational quadratic from `from` about the origin.

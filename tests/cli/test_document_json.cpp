@@ -1,5 +1,6 @@
 #include "cli/DocumentJson.h"
 #include "cli/JsonWriter.h"
+#include "support/Curves.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -13,6 +14,7 @@
 namespace {
 
 using json = nlohmann::json;
+using tarquil::test::Square;
 
 // What `write` makes of a writer, as text: compact unless an indent is given.
 template <class Write> std::string JsonOf(Write&& write, int indent = -1) {
@@ -273,13 +275,6 @@ TEST(DocumentJson, TextObjectsAndTheirStyles) {
         "plane": {"origin": [1, 2, 0], "xaxis": [-1, 0, 0], "yaxis": [0, 1, 0]},
         "height": 2.5, "dimStyle": 0,
         "font": {"family": "Times New Roman", "bold": false, "italic": true}})"));
-}
-
-GK_PolylineCurve* Square(double x0, double y0, double size) {
-    GK_SimpleArray<GK_3dPoint> points;
-    for (const auto& [x, y] : {std::pair{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}})
-        points.Append({x0 + x * size, y0 + y * size, 0});
-    return new GK_PolylineCurve(points);
 }
 
 TEST(DocumentJson, HatchesWithTheirLoops) {

@@ -23,36 +23,30 @@ namespace {
 using tarquil::test::PdfWriter;
 using tarquil::test::TempFile;
 
-// One page of [0 0 200 100] with font F1 and `content` as its stream.
-std::string OnePage(const std::string& content) {
+// Pages of [0 0 200 100] with font F1, one for each content stream.
+std::string Pages(const std::vector<std::string>& contents) {
     PdfWriter writer;
     writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
-    writer.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
-    writer.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 100] "
-                     "/Resources << /Font << /F1 5 0 R >> >> /Contents 4 0 R >>");
-    writer.Stream(4, "", content);
-    writer.Object(5, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>");
+    writer.Object(3, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>");
+    std::string kids;
+    for (std::size_t i = 0; i < contents.size(); ++i) {
+        const std::string page = std::to_string(4 + 2 * i), content = std::to_string(5 + 2 * i);
+        kids += page + " 0 R ";
+        writer.Object(4 + 2 * i, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 100] "
+                                 "/Resources << /Font << /F1 3 0 R >> >> /Contents " +
+                                     content + " 0 R >>");
+        writer.Stream(5 + 2 * i, "", contents[i]);
+    }
+    writer.Object(2, "<< /Type /Pages /Kids [" + kids + "] /Count " +
+                         std::to_string(contents.size()) + " >>");
     writer.ClassicXref("/Root 1 0 R");
     return writer.Text();
 }
 
 PDFStatus Trace(const std::string& content, TraceState& trace) {
-    TempFile file("trace.pdf", OnePage(content));
+    TempFile file("trace.pdf", Pages({content}));
     return ReadDocument(std::fopen(file.Path().c_str(), "rb"), trace, true,
                         [](int, bool) { return std::set<int>{0}; });
-}
-
-// Two pages, each stroking `first` and `second` as their content.
-std::string TwoPages(const std::string& first, const std::string& second) {
-    PdfWriter writer;
-    writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
-    writer.Object(2, "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 2 >>");
-    writer.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 100] /Contents 5 0 R >>");
-    writer.Object(4, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 100] /Contents 6 0 R >>");
-    writer.Stream(5, "", first);
-    writer.Stream(6, "", second);
-    writer.ClassicXref("/Root 1 0 R");
-    return writer.Text();
 }
 
 std::vector<std::string> Lines(const std::string& text) {
@@ -135,7 +129,7 @@ TEST(InspectTrace, ImageRecordAndUtf8) {
 // each colour set shows its space and the bytes it gave.
 TEST(InspectTrace, CommandReadsTheAskedPages) {
     tarquil::test::ResetHost();
-    TempFile file("pages.pdf", TwoPages("1 1 m 2 2 l S", "0 0 1 0 K 7 7 m 8 8 l S"));
+    TempFile file("pages.pdf", Pages({"1 1 m 2 2 l S", "0 0 1 0 K 7 7 m 8 8 l S"}));
     InspectArguments args;
     args.file = file.Path().string();
     args.json = true;

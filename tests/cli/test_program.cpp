@@ -18,17 +18,11 @@ namespace {
 namespace fs = std::filesystem;
 using json = nlohmann::json;
 using tarquil::test::ReadFileBytes;
+using tarquil::test::ShellQuote;
 
 const std::string kProgram = TARQUIL_BINARY_DIR "/cli/tarquil";
 
-std::string Quote(const std::string& s) {
-    std::string q = "'";
-    for (char c : s)
-        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return q + "'";
-}
-
-const std::string kLines = Quote(TARQUIL_TEST_DATA "/cli/lines.ai");
+const std::string kLines = ShellQuote(TARQUIL_TEST_DATA "/cli/lines.ai");
 
 // A folder of its own per test, which also stands in for the user's home and config
 // folders so that no run touches the real ones.
@@ -56,7 +50,7 @@ protected:
 
     Result Run(const std::string& arguments) {
         const std::string command = "env XDG_CONFIG_HOME=" + Path("config") +
-                                    " HOME=" + Path("home") + " " + Quote(kProgram) + " " +
+                                    " HOME=" + Path("home") + " " + ShellQuote(kProgram) + " " +
                                     arguments + " >" + Path("stdout") + " 2>" + Path("stderr") +
                                     " </dev/null";
         const int raw = std::system(command.c_str());
@@ -64,7 +58,7 @@ protected:
                 ReadFileBytes(m_dir / "stderr")};
     }
     // Quoted, for the command line.
-    std::string Path(const std::string& name) const { return Quote((m_dir / name).string()); }
+    std::string Path(const std::string& name) const { return ShellQuote((m_dir / name).string()); }
     std::string Write(const std::string& name, const std::string& text) const {
         std::ofstream(m_dir / name, std::ios::binary) << text;
         return Path(name);
@@ -117,7 +111,7 @@ TEST_F(ProgramTest, HelpVersionAndUsageErrors) {
 
 TEST_F(ProgramTest, UnreadableInputIsNamedBeforeAnythingLoads) {
     const std::string missing = (m_dir / "missing.pdf").string();
-    Result r = Run("import " + Quote(missing) + " --json " + Path("out.json"));
+    Result r = Run("import " + ShellQuote(missing) + " --json " + Path("out.json"));
     EXPECT_EQ(r.status, 2);
     EXPECT_EQ(r.err, "tarquil: cannot open " + missing + ": No such file or directory\n");
     r = Run("import " + Path("home") + " --plugin " + Path("no-such-library.so"));
@@ -249,7 +243,7 @@ TEST_F(ProgramTest, SettingsAreKeptBetweenRuns) {
 
 TEST_F(ProgramTest, BundledSampleArrivesWithItsLayersAndColours) {
     const Result r =
-        Run("import " + Quote(TARQUIL_SAMPLES "/bracket.ai") + " --settings none --json -");
+        Run("import " + ShellQuote(TARQUIL_SAMPLES "/bracket.ai") + " --settings none --json -");
     ASSERT_EQ(r.status, 0) << r.err;
     const json doc = r.Json();
     // Layer records give the colours; "Ln" the names.

@@ -3,6 +3,7 @@
 #include "pdf/input/MemoryInput.h"
 #include "pdf/parser/PDFParser.h"
 #include "pdf/parser/ParseText.h"
+#include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -11,14 +12,11 @@
 
 namespace filtertest {
 
-// The dictionary that `text` parses to, with its one reference, or null.
-inline PDFToken* ParseDict(const std::string& text) {
-    return ParseDictionaryText(text);
-}
+using tarquil::test::ZlibCompress;
 
 // A stream of `data` whose dictionary is `dictText`.
 inline PDFTokenRef MakeStream(const std::string& dictText, const std::string& data) {
-    PDFToken* dict = ParseDict(dictText);
+    PDFToken* dict = ParseDictionaryText(dictText);
     EXPECT_NE(dict, nullptr) << dictText;
     return PDFTokenRef(new PDFParser::PDFStream(data, dict ? dict : new PDFParser::PDFDict()));
 }

@@ -67,7 +67,7 @@ TEST(AsciiBinary, BitsCharactersAndPictures) {
     EXPECT_EQ(Filter(ASCIIBinaryDecode, "0100 0001 x 01"), "A\x40");
     EXPECT_EQ(Filter(ASCIIBinaryEncode, "ABCDE"),
               "01000001 01000010 01000011 01000100 \n01000101 ");
-    PDFTokenRef four(ParseDict("<</Columns 4>>"));
+    PDFTokenRef four(ParseDictionaryText("<</Columns 4>>"));
     EXPECT_EQ(Filter(ASCIIBWEncode, "\xF0", kPdfOk, four.Get()), "XXXX|\n");
     // Each line starts on a byte: the rest of the byte that ended a line is dropped.
     EXPECT_EQ(Filter(ASCIIBWEncode, "\x0F\xA0", kPdfOk, four.Get()), "    |\nX X |\n");

@@ -155,7 +155,7 @@ Result Fax1D(const std::string& input) {
 }
 
 Result Filter(const std::string& input, const std::string& parms) {
-    PDFTokenRef dict(ParseDict(parms));
+    PDFTokenRef dict(ParseDictionaryText(parms));
     Result r;
     r.status = CCITTFaxDecode(input, r.bytes, dict.Get());
     return r;

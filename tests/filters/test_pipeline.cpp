@@ -22,12 +22,6 @@ Decoded Decode(const std::string& dictText, const std::string& data) {
     return d;
 }
 
-std::string Deflate(const std::string& data) {
-    std::string out;
-    EXPECT_EQ(FlateEncode(data, out, nullptr), kPdfOk);
-    return out;
-}
-
 std::string Ascii85(const std::string& data) {
     std::string out;
     EXPECT_EQ(ASCII85Encode(data, out, nullptr), kPdfOk);
@@ -40,7 +34,7 @@ TEST(Pipeline, NamesAndChains) {
     EXPECT_EQ(Decode("<</Filter /ASCIIHexDecode>>", "414243>").bytes, "ABC");
     EXPECT_EQ(Decode("<</Filter [/ASCIIHexDecode /ASCIIHexDecode]>>", "3431>").bytes, "A");
     // Encoders are filters like any other: a stream that names one is encoded.
-    EXPECT_EQ(Decode("<</Filter /FlateEncode>>", "abc").bytes, Deflate("abc"));
+    EXPECT_EQ(Decode("<</Filter /FlateEncode>>", "abc").bytes, ZlibCompress("abc"));
     EXPECT_EQ(Decode("<</Filter /ASCIIHexEncode>>", "A").bytes, "41>");
     // Not in the table: the name must match exactly, abbreviations and LZW included.
     for (const char* name : {"/LZWDecode", "/AHx", "/Fl", "/JPXDecode", "/Crypt",
@@ -76,7 +70,7 @@ TEST(Pipeline, JpegIsTaggedAndJbig2IsFixed) {
 TEST(Pipeline, ParametersMergeAndThePredictorRunsLast) {
     // Rows of type 1 (Sub) for /Colors 1 /Columns 4, deflated, then in base 85.
     const std::string rows = Bytes({1, 1, 1, 1, 1, 1, 2, 2, 2, 2});
-    const std::string data = Ascii85(Deflate(rows));
+    const std::string data = Ascii85(ZlibCompress(rows));
     const Decoded d = Decode("<</Filter [/ASCII85Decode /FlateDecode] /DecodeParms [null "
                              "<</Predictor 12/Colors 1/Columns 4>>]>>",
                              data);
@@ -85,24 +79,21 @@ TEST(Pipeline, ParametersMergeAndThePredictorRunsLast) {
     // One set serves every filter, later keys winning; the last /Columns counts.
     const Decoded merged = Decode("<</Filter /FlateDecode /DecodeParms [<</Predictor 12 "
                                   "/Colors 1 /Columns 4>> <</Columns 9>>]>>",
-                                  Deflate(rows));
+                                  ZlibCompress(rows));
     EXPECT_EQ(merged.bytes, Bytes({1, 2, 3, 4, 5, 7, 9, 11, 13})); // one row of nine
     // Parameters that are no dictionary, or indirect, count as absent.
-    EXPECT_EQ(Decode("<</Filter /FlateDecode /DecodeParms 4 0 R>>", Deflate(rows)).bytes, rows);
+    EXPECT_EQ(Decode("<</Filter /FlateDecode /DecodeParms 4 0 R>>", ZlibCompress(rows)).bytes,
+              rows);
     // The predictor's failure is the stream's.
     const std::string paeth = Bytes({4, 1, 2, 3, 4});
     const Decoded bad = Decode("<</Filter /FlateDecode /DecodeParms <</Predictor 12/Colors "
                                "1/Columns 4>>>>",
-                               Deflate(paeth));
+                               ZlibCompress(paeth));
     EXPECT_EQ(bad.status, kPdfUnknownFilter);
     EXPECT_EQ(bad.bytes, paeth);
     // With parameters but no filter the predictor is not run.
     EXPECT_EQ(Decode("<</DecodeParms <</Predictor 12/Colors 1/Columns 4>>>>", rows).bytes, rows);
 }
-
-} // namespace
-
-namespace {
 
 // A read's budget bounds what its streams decode: each filter that can multiply its input
 // stops as its output passes the bound, and each stream's result is taken off the budget.
@@ -112,7 +103,7 @@ TEST(Pipeline, DecodingIsBoundedByTheReadsBudget) {
     for (int i = 0; i < 2000; ++i)
         runs += "\x81 ";                      // 128 blanks each
     const std::string faxLines(1000, '\xff'); // one-bit codes, each a line of 65,536 pixels
-    for (const auto& [dict, data] : {std::pair{"<</Filter/FlateDecode>>", Deflate(blanks)},
+    for (const auto& [dict, data] : {std::pair{"<</Filter/FlateDecode>>", ZlibCompress(blanks)},
                                      std::pair{"<</Filter/RunLengthDecode>>", runs},
                                      std::pair{"<</Filter/CCITTFaxDecode/DecodeParms"
                                                "<</K -1/Columns 65536>>>>",
@@ -122,7 +113,7 @@ TEST(Pipeline, DecodingIsBoundedByTheReadsBudget) {
     }
     {
         const DecodeBudgetScope budget(100000);
-        const std::string part = Deflate(std::string(40000, 'x'));
+        const std::string part = ZlibCompress(std::string(40000, 'x'));
         EXPECT_EQ(Decode("<</Filter/FlateDecode>>", part).status, kPdfOk);
         EXPECT_EQ(Decode("<</Filter/FlateDecode>>", part).status, kPdfOk);
         EXPECT_EQ(Decode("<</Filter/FlateDecode>>", part).status, kPdfDecodeBudgetExceeded);
@@ -130,7 +121,7 @@ TEST(Pipeline, DecodingIsBoundedByTheReadsBudget) {
     // Outside a read only the bound of one stream counts.
     EXPECT_EQ(CurrentDecodeLimit().bytes, kMaxDecodedStream);
     EXPECT_EQ(CurrentDecodeLimit().status, kPdfStreamTooLarge);
-    EXPECT_EQ(Decode("<</Filter/FlateDecode>>", Deflate(blanks)).bytes, blanks);
+    EXPECT_EQ(Decode("<</Filter/FlateDecode>>", ZlibCompress(blanks)).bytes, blanks);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "host/geometry/GK_Hatch.h"
 #include "host/geometry/VelmoCreateHatches.h"
+#include "support/Curves.h"
 
 #include <gtest/gtest.h>
 
@@ -10,17 +11,8 @@
 namespace {
 
 using Curves = std::vector<std::unique_ptr<GK_Curve>>;
-
-GK_PolylineCurve* Polyline(const std::vector<GK_3dPoint>& pts) {
-    GK_SimpleArray<GK_3dPoint> a;
-    for (const GK_3dPoint& p : pts)
-        a.Append(p);
-    return new GK_PolylineCurve(a);
-}
-
-GK_PolylineCurve* Square(double x, double y, double s, double z = 0.0) {
-    return Polyline({{x, y, z}, {x + s, y, z}, {x + s, y + s, z}, {x, y + s, z}, {x, y, z}});
-}
+using tarquil::test::Polyline;
+using tarquil::test::Square;
 
 GK_NurbsCurve* Bezier(const GK_3dPoint& a, const GK_3dPoint& b, const GK_3dPoint& c,
                       const GK_3dPoint& d) {
@@ -57,10 +49,12 @@ Result Make(const Curves& curves, double tol = 0.01) {
     args.SetPatternRotation(0.5);
     args.SetPatternScale(2.0);
     GK_SimpleArray<GK_Hatch*> out;
+    out.Append(nullptr); // stands for hatches the caller already has, which stay
     Result r;
     r.ok = VelmoCreateHatches(args, tol, out);
-    for (GK_Hatch* h : out)
-        r.hatches.emplace_back(h);
+    EXPECT_EQ(out[0], nullptr);
+    for (int i = 1; i < out.Count(); ++i)
+        r.hatches.emplace_back(out[i]);
     return r;
 }
 
@@ -140,15 +134,9 @@ TEST(CreateHatches, CurvedLoopsAreClassifiedByTheirShape) {
 }
 
 TEST(CreateHatches, UnusableCurvesAreLeftOut) {
-    auto refused = [](Curves c) {
-        CArgsVelmoHatch args;
-        for (const auto& p : c)
-            args.CurveList().Append(p.get());
-        GK_SimpleArray<GK_Hatch*> out;
-        out.Append(nullptr); // stands for hatches the caller already has
-        const bool ok = VelmoCreateHatches(args, 0.01, out);
-        EXPECT_EQ(out.Count(), 1);
-        return !ok;
+    auto refused = [](const Curves& c) {
+        const Result r = Make(c);
+        return !r.ok && r.hatches.empty();
     };
     EXPECT_TRUE(refused(List({Polyline({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}})})));
     EXPECT_TRUE(refused(List({Polyline({{0, 0, 0}, {1, 0, 0}, {1, 1, 1}, {0, 1, 0}, {0, 0, 0}})})));

@@ -1,4 +1,5 @@
 #include "host/geometry/VelmoMergeCurves.h"
+#include "support/Curves.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,8 @@
 #include <vector>
 
 namespace {
+
+using tarquil::test::Polyline;
 
 struct Input {
     std::vector<std::unique_ptr<GK_Curve>> owned;
@@ -45,13 +48,6 @@ std::vector<GK_3dPoint> Vertices(const GK_Curve* c) {
     GK_SimpleArray<GK_3dPoint> pts;
     c->IsPolyline(&pts);
     return {pts.begin(), pts.end()};
-}
-
-GK_PolylineCurve* Polyline(std::initializer_list<GK_3dPoint> pts) {
-    GK_SimpleArray<GK_3dPoint> a;
-    for (const GK_3dPoint& p : pts)
-        a.Append(p);
-    return new GK_PolylineCurve(a);
 }
 
 } // namespace

@@ -5,10 +5,8 @@
 #include "shell/CQuillonPlugIn.h" // the declarations of the exports only; nothing is linked
 #include "support/TestSupport.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
 #include <regex>
 #include <sstream>
@@ -30,24 +28,7 @@ static_assert(sizeof(int) == 4 && sizeof(unsigned int) == 4);
 
 const std::string kPlugIn = TARQUIL_PLUGIN;
 const std::wstring kSection = L"5d2c7a14-9e3b-4c60-8f1a-2b6e07d4c391";
-
-bool IsMapped(const std::string& path) {
-    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
-    if (handle)
-        dlclose(handle);
-    return handle != nullptr;
-}
-
-std::string Output(const std::string& command) {
-    std::string text;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char buffer[4096];
-        for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-            text.append(buffer, n);
-        pclose(pipe);
-    }
-    return text;
-}
+using tarquil::test::CommandOutput;
 
 TEST(ImporterLibrary, ExportsIdentityAndFileTypes) {
     SettingsContext settings;
@@ -146,7 +127,7 @@ TEST(ImporterLibrary, LoadImportUnloadAndLoadAgain) {
         const std::wstring file = VmWideFromUtf8(TARQUIL_TEST_DATA "/cli/lines.ai");
         EXPECT_EQ(VelmoReadFile(*library.PlugIn(), file.c_str(), 1, doc, options), 1);
     }
-    EXPECT_FALSE(IsMapped(kPlugIn)) << "the library is really gone";
+    EXPECT_FALSE(tarquil::test::IsLibraryMapped(kPlugIn)) << "the library is really gone";
 
     // The objects the plug-in made are the host's and work without it.
     ASSERT_EQ(doc.ObjectCount(), 3);
@@ -173,7 +154,8 @@ TEST(ImporterLibrary, LoadImportUnloadAndLoadAgain) {
 
 TEST(ImporterLibrary, ShowsOnlyItsExportsAndCopiesNothingOfTheHost) {
     // Its exports and nothing else: the loader has shown that all thirteen are there.
-    std::istringstream dynamic(Output("nm -D --defined-only --format=posix '" + kPlugIn + "'"));
+    std::istringstream dynamic(
+        CommandOutput("nm -D --defined-only --format=posix '" + kPlugIn + "'"));
     int exported = 0;
     for (std::string line; std::getline(dynamic, line); ++exported)
         EXPECT_EQ(line.rfind("VelmoPlugIn", 0), 0u) << line;
@@ -187,7 +169,7 @@ TEST(ImporterLibrary, ShowsOnlyItsExportsAndCopiesNothingOfTheHost) {
                 return true;
         return false;
     };
-    const std::string symbols = Output("nm -C --defined-only '" + kPlugIn + "'");
+    const std::string symbols = CommandOutput("nm -C --defined-only '" + kPlugIn + "'");
     std::istringstream lines(symbols);
     std::string copies;
     for (std::string address, type, name; lines >> address >> type && std::getline(lines, name);) {
@@ -205,7 +187,7 @@ TEST(ImporterLibrary, ShowsOnlyItsExportsAndCopiesNothingOfTheHost) {
     EXPECT_NE(symbols.find("CQuillonPlugIn"), std::string::npos) << "symbols were read";
 
     // And the program has no importer of its own: what it runs is the library.
-    EXPECT_EQ(Output("nm -C '" TARQUIL_PROGRAM "' | grep -c CQuillonPlugIn"), "0\n");
+    EXPECT_EQ(CommandOutput("nm -C '" TARQUIL_PROGRAM "' | grep -c CQuillonPlugIn"), "0\n");
 }
 
 } // namespace

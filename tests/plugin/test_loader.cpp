@@ -17,13 +17,6 @@ std::string Fake(const std::string& variant) {
     return TARQUIL_FAKE_PLUGINS "/libfake_plugin_" + variant + ".so";
 }
 
-bool IsMapped(const std::string& path) {
-    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
-    if (handle)
-        dlclose(handle);
-    return handle != nullptr;
-}
-
 // The calls the fake noted, in order.
 std::vector<std::wstring> Calls() {
     std::vector<std::wstring> calls;
@@ -55,7 +48,7 @@ TEST(PlugInLoader, RefusesWhatIsNoPlugInOfThisHostAndKeepsNothingOfIt) {
         EXPECT_FALSE(library.Load(c.path, settings, error)) << c.path;
         EXPECT_NE(error.find(c.message), std::string::npos) << error;
         EXPECT_FALSE(library.IsLoaded());
-        EXPECT_FALSE(IsMapped(c.path)) << c.path;
+        EXPECT_FALSE(tarquil::test::IsLibraryMapped(c.path)) << c.path;
         EXPECT_TRUE(settings.Sections().empty());
         if (c.path == Fake("throws"))
             callsOfThrowing = Calls();
@@ -93,7 +86,7 @@ TEST(PlugInLoader, StartsAndStopsALibraryInOrderAndForgetsItsResources) {
     EXPECT_STREQ(VmFindResourceString(module, 1), L"fake text");
 
     library.Unload();
-    EXPECT_FALSE(IsMapped(Fake("good")));
+    EXPECT_FALSE(tarquil::test::IsLibraryMapped(Fake("good")));
     EXPECT_EQ(VmFindResourceString(module, 1), nullptr);
     EXPECT_EQ(library.PlugIn(), nullptr);
     EXPECT_EQ(library.Identity().title, L"Fake") << "kept for reports";

@@ -1,29 +1,22 @@
 #include "support/HostileFiles.h"
 
 #include "support/PdfWriter.h"
+#include "support/TestSupport.h"
 
 #include <zlib.h>
 
-#include <stdexcept>
+#include <functional>
 #include <string>
 
 namespace tarquil::test {
 
 namespace {
 
-std::string Deflate(const std::string& data) {
-    uLongf size = compressBound(data.size());
-    std::string out(size, '\0');
-    if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
-                  reinterpret_cast<const Bytef*>(data.data()), data.size(), 6) != Z_OK)
-        throw std::runtime_error("deflate failed");
-    out.resize(size);
-    return out;
-}
-
-// One page over `content` (its stream's extra entries in `entries`) with `resources`.
-std::string OnePage(const std::string& content, const std::string& entries = "",
-                    const std::string& resources = "", const std::string& extra = "") {
+// One page over `content` (its stream's extra entries in `entries`) with `resources`; `more`
+// writes the objects that the resources name.
+std::string OnePage(const std::string& content, const std::string& entries = "/Filter /FlateDecode",
+                    const std::string& resources = "",
+                    const std::function<void(PdfWriter&)>& more = {}) {
     PdfWriter writer;
     writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
     writer.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
@@ -31,8 +24,8 @@ std::string OnePage(const std::string& content, const std::string& entries = "",
                      "/Resources << " +
                          resources + " >> >>");
     writer.Stream(4, entries, content);
-    if (!extra.empty())
-        writer.Raw(extra);
+    if (more)
+        more(writer);
     writer.ClassicXref("/Root 1 0 R");
     return writer.Text();
 }
@@ -90,20 +83,19 @@ std::string DeepSavesOverClip(int vertices, int saves) {
     content += "h W n\n";
     for (int i = 0; i < saves; ++i)
         content += "q ";
-    return OnePage(Deflate(content + kLine), "/Filter /FlateDecode");
+    return OnePage(ZlibCompress(content + kLine));
 }
 
 std::string OperandFlood(std::size_t count) {
     std::string block;
     for (int i = 0; i < (1 << 19); ++i)
         block += "0 ";
-    return OnePage(RepeatedDeflate(block, (count + (1 << 19) - 1) >> 19, kLine),
-                   "/Filter /FlateDecode");
+    return OnePage(RepeatedDeflate(block, (count + (1 << 19) - 1) >> 19, kLine));
 }
 
 std::string FlateBomb(std::size_t bytes) {
-    return OnePage(RepeatedDeflate(std::string(1 << 20, ' '), (bytes + (1 << 20) - 1) >> 20, kLine),
-                   "/Filter /FlateDecode");
+    return OnePage(
+        RepeatedDeflate(std::string(1 << 20, ' '), (bytes + (1 << 20) - 1) >> 20, kLine));
 }
 
 std::string DeepNesting(int depth, bool dictionaries) {
@@ -113,11 +105,11 @@ std::string DeepNesting(int depth, bool dictionaries) {
     content += "0 ";
     for (int i = 0; i < depth; ++i)
         content += dictionaries ? ">> " : "]";
-    return OnePage(Deflate(content + kLine), "/Filter /FlateDecode");
+    return OnePage(ZlibCompress(content + kLine));
 }
 
 std::string UnmatchedClosers(std::size_t count) {
-    return OnePage(Deflate(std::string(count, ']') + kLine), "/Filter /FlateDecode");
+    return OnePage(ZlibCompress(std::string(count, ']') + kLine));
 }
 
 std::string HugePageCount(long long count) {
@@ -133,34 +125,24 @@ std::string HugePageCount(long long count) {
 }
 
 std::string HugeWidths(std::size_t entries) {
-    std::string widths = "[0 [";
+    std::string descendant = "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /Wide /W [0 [";
     for (std::size_t i = 0; i < entries; ++i)
-        widths += "500 ";
-    widths += "]]";
-    PdfWriter writer;
-    writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
-    writer.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
-    writer.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 4 0 R "
-                     "/Resources << /Font << /F1 5 0 R >> >> >>");
-    writer.Stream(4, "", "BT /F1 12 Tf 20 20 Td <00410042> Tj ET" + kLine);
-    writer.Object(5, "<< /Type /Font /Subtype /Type0 /BaseFont /Wide /Encoding /Identity-H "
-                     "/DescendantFonts [6 0 R] >>");
-    writer.Object(6, "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /Wide /W " + widths + " >>");
-    writer.ClassicXref("/Root 1 0 R");
-    return writer.Text();
+        descendant += "500 ";
+    descendant += "]] >>";
+    return OnePage("BT /F1 12 Tf 20 20 Td <00410042> Tj ET" + kLine, "", "/Font << /F1 5 0 R >>",
+                   [&descendant](PdfWriter& writer) {
+                       writer.Object(5, "<< /Type /Font /Subtype /Type0 /BaseFont /Wide "
+                                        "/Encoding /Identity-H /DescendantFonts [6 0 R] >>");
+                       writer.Object(6, descendant);
+                   });
 }
 
 std::string SelfDrawingForm() {
-    PdfWriter writer;
-    writer.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
-    writer.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
-    writer.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 4 0 R "
-                     "/Resources << /XObject << /Self 5 0 R >> >> >>");
-    writer.Stream(4, "", "/Self Do" + kLine);
-    writer.Stream(5, "/Type /XObject /Subtype /Form /Resources << /XObject << /Self 5 0 R >> >>",
-                  "/Self Do /Self Do");
-    writer.ClassicXref("/Root 1 0 R");
-    return writer.Text();
+    return OnePage("/Self Do" + kLine, "", "/XObject << /Self 5 0 R >>", [](PdfWriter& writer) {
+        writer.Stream(5,
+                      "/Type /XObject /Subtype /Form /Resources << /XObject << /Self 5 0 R >> >>",
+                      "/Self Do /Self Do");
+    });
 }
 
 std::string ManyLegacyLayers(int layers, std::size_t lineBytes) {

@@ -1,8 +1,9 @@
 #include "support/PdfWriter.h"
 
+#include "support/TestSupport.h"
+
 #include <algorithm>
 #include <cstdio>
-#include <zlib.h>
 
 namespace tarquil::test {
 
@@ -134,11 +135,7 @@ std::size_t PdfWriter::XrefStream(int number, const std::string& trailerEntries,
     const int size = m_entries.rbegin()->first + 1;
     entries += "/Size " + std::to_string(size) + " " + trailerEntries;
     if (deflate || predictor) {
-        uLongf n = compressBound(rows.size());
-        data.assign(n, '\0');
-        compress2(reinterpret_cast<Bytef*>(data.data()), &n,
-                  reinterpret_cast<const Bytef*>(rows.data()), rows.size(), 6);
-        data.resize(n);
+        data = ZlibCompress(rows);
         entries += " /Filter /FlateDecode";
         if (predictor)
             entries += std::string(" /DecodeParms << /Predictor 12 /Columns 7") +

@@ -7,9 +7,13 @@
 #include "host/ui/VmUiDriver.h"
 
 #include <atomic>
+#include <cstdio>
+#include <dlfcn.h>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <unistd.h>
+#include <zlib.h>
 
 namespace tarquil::test {
 
@@ -46,6 +50,44 @@ std::string ReadFileBytes(const std::filesystem::path& path) {
     std::stringstream s;
     s << in.rdbuf();
     return s.str();
+}
+
+std::string ZlibCompress(const std::string& data) {
+    uLongf size = compressBound(data.size());
+    std::string out(size, '\0');
+    if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
+                  reinterpret_cast<const Bytef*>(data.data()), data.size(), 6) != Z_OK)
+        throw std::runtime_error("deflate failed");
+    out.resize(size);
+    return out;
+}
+
+std::string ShellQuote(const std::string& s) {
+    std::string q = "'";
+    for (char c : s)
+        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return q + "'";
+}
+
+std::string CommandOutput(const std::string& command, int* status) {
+    std::string text;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe)
+        throw std::runtime_error("cannot run " + command);
+    char buffer[4096];
+    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        text.append(buffer, n);
+    const int result = pclose(pipe);
+    if (status)
+        *status = result;
+    return text;
+}
+
+bool IsLibraryMapped(const std::string& path) {
+    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+    if (handle)
+        dlclose(handle);
+    return handle != nullptr;
 }
 
 } // namespace tarquil::test

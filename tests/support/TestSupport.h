@@ -1,5 +1,6 @@
 #pragma once
-// Helpers shared by the test programs: temporary files and a clean host per test.
+// Helpers shared by the test programs: temporary files, a clean host per test, and the
+// few system calls several suites make.
 #include <filesystem>
 #include <string>
 
@@ -27,5 +28,14 @@ private:
 void ResetHost();
 
 std::string ReadFileBytes(const std::filesystem::path& path);
+
+// zlib's own deflate at level 6: the reference stream that the importer's decoder must read.
+std::string ZlibCompress(const std::string& data);
+// `s` in single quotes for the shell.
+std::string ShellQuote(const std::string& s);
+// What `command` writes on standard output; its wait status in `status` when asked for.
+std::string CommandOutput(const std::string& command, int* status = nullptr);
+// Whether the shared library at `path` is mapped into this process.
+bool IsLibraryMapped(const std::string& path);
 
 } // namespace tarquil::test
