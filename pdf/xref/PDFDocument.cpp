@@ -63,7 +63,9 @@ PDFStatus PDFDocument::LoadObject(std::int32_t objectNumber, std::int32_t genera
     if (objectNumber < 0 || static_cast<std::size_t>(objectNumber) >= entries.size())
         return kPdfBadReference;
     const std::size_t index = static_cast<std::size_t>(objectNumber);
-    if (entries[index].generation != generation)
+    // An entry no section has set carries -1, which no reference may match: "0 -1 R" would
+    // otherwise read whatever lies at offset 0.
+    if (entries[index].generation < 0 || entries[index].generation != generation)
         return kPdfBadReference;
     if (!entries[index].object) {
         for (std::int32_t busy : loading)

@@ -49,6 +49,8 @@ TEST(Xref, ClassicTableOpensAndLoads) {
     EXPECT_EQ(o.loadStatus, kPdfBadReference);
     EXPECT_EQ(o.Load(0), "<null>"); // the free head: generation 65535 is never stored
     EXPECT_EQ(o.loadStatus, kPdfBadReference);
+    EXPECT_EQ(o.Load(0, -1), "<null>"); // nor does asking with the mark of an unset entry
+    EXPECT_EQ(o.loadStatus, kPdfBadReference);
     EXPECT_EQ(o.Load(9), "<null>");
     EXPECT_EQ(o.loadStatus, kPdfBadReference);
 }
