@@ -10,6 +10,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -44,6 +45,13 @@ protected:
         return stack;
     }
 
+    // The stack `content` leaves and the fill colour after it.
+    using Painted = std::pair<std::string, std::uint32_t>;
+    Painted Fill(const std::string& content) {
+        std::string stack = Run(content);
+        return {stack, state.fillColour};
+    }
+
     std::istringstream in{tarquil::test::PdfFromTemplate("graphics/colour-spaces.pdf.in")};
     PDFDocument doc{&in};
     RecordingState state;
@@ -53,13 +61,10 @@ protected:
 // Device names are known without resources; a resource of the same name is not looked up.
 // Spaces that are not evaluated keep the colour and leave their operands.
 TEST_F(ColourPage, DeviceSpacesAndSpacesLeftAlone) {
-    EXPECT_EQ(Run("/DeviceRGB cs 1 0 0 sc 0 0 0 1 K"), "");
-    EXPECT_EQ(state.fillColour, Rgb(255, 0, 0));
+    EXPECT_EQ(Fill("/DeviceRGB cs 1 0 0 sc 0 0 0 1 K"), Painted("", Rgb(255, 0, 0)));
     EXPECT_EQ(state.strokeColour, Rgb(0, 0, 0));
-    EXPECT_EQ(Run("1 0 0 0 k"), "");
-    EXPECT_EQ(state.fillColour, Rgb(0, 255, 255));
-    EXPECT_EQ(Run("/Cal cs 0 1 0 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(0, 255, 0));
+    EXPECT_EQ(Fill("1 0 0 0 k"), Painted("", Rgb(0, 255, 255)));
+    EXPECT_EQ(Fill("/Cal cs 0 1 0 sc"), Painted("", Rgb(0, 255, 0)));
 
     const std::size_t colourCalls = state.Calls("ColourChanged").size();
     EXPECT_EQ(Run("/CalG cs 0.5 sc"), "0.5");
@@ -77,16 +82,13 @@ TEST_F(ColourPage, DeviceSpacesAndSpacesLeftAlone) {
 
 // An ICC-based space becomes the device space of its /Alternate or /N, for good.
 TEST_F(ColourPage, IccBasedSpacesBecomeDeviceSpaces) {
-    EXPECT_EQ(Run("/Gray1 cs 0.5 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(128, 128, 128));
+    EXPECT_EQ(Fill("/Gray1 cs 0.5 sc"), Painted("", Rgb(128, 128, 128)));
     EXPECT_EQ(gi->colorSpaceName[0], "DeviceGray");
     EXPECT_EQ(Run("/Rgb3 CS 0 0 1 SC"), "");
     EXPECT_EQ(state.strokeColour, Rgb(0, 0, 255));
-    EXPECT_EQ(Run("/Cmyk4 cs 0 0 0 1 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(0, 0, 0));
+    EXPECT_EQ(Fill("/Cmyk4 cs 0 0 0 1 sc"), Painted("", Rgb(0, 0, 0)));
     EXPECT_EQ(gi->colorSpaceName[0], "DeviceCMYK");
-    EXPECT_EQ(Run("/AltRgb cs 1 1 0 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(255, 255, 0));
+    EXPECT_EQ(Fill("/AltRgb cs 1 1 0 sc"), Painted("", Rgb(255, 255, 0)));
     // Neither /Alternate nor /N: an unknown space, under an empty name from then on.
     EXPECT_EQ(Run("/NoN cs 1 sc"), "1");
     EXPECT_EQ(gi->colorSpaceName[0], "");
@@ -96,55 +98,41 @@ TEST_F(ColourPage, IccBasedSpacesBecomeDeviceSpaces) {
 // Separation tints through exponential and single-input functions into every kind of
 // alternate: device names, Lab with its white point, and arrays of other families.
 TEST_F(ColourPage, SeparationTints) {
-    EXPECT_EQ(Run("/Black cs 1 sc /Black CS 0 SC"), "");
-    EXPECT_EQ(state.fillColour, Rgb(0, 0, 0));
+    EXPECT_EQ(Fill("/Black cs 1 sc /Black CS 0 SC"), Painted("", Rgb(0, 0, 0)));
     EXPECT_EQ(state.strokeColour, Rgb(255, 255, 255));
-    EXPECT_EQ(Run("/LabSpot cs 0 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(242, 255, 255)); // XYZ of the white point, as RGB
-    EXPECT_EQ(Run("1 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(55, 47, 103));
+    EXPECT_EQ(Fill("/LabSpot cs 0 sc"),
+              Painted("", Rgb(242, 255, 255))); // XYZ of the white point, as RGB
+    EXPECT_EQ(Fill("1 sc"), Painted("", Rgb(55, 47, 103)));
     // A short /C0 is filled with 0, a short /C1 with 1.
-    EXPECT_EQ(Run("/ShortC0 cs 0 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(51, 0, 0));
-    EXPECT_EQ(Run("/ShortC1 cs 0.5 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(32, 64, 64));
+    EXPECT_EQ(Fill("/ShortC0 cs 0 sc"), Painted("", Rgb(51, 0, 0)));
+    EXPECT_EQ(Fill("/ShortC1 cs 0.5 sc"), Painted("", Rgb(32, 64, 64)));
     // An array alternate of another family: blue repeats green, the rest go back.
-    EXPECT_EQ(Run("/IccAlt cs 1 sc"), "0.2 0.6");
-    EXPECT_EQ(state.fillColour, Rgb(255, 153, 153));
+    EXPECT_EQ(Fill("/IccAlt cs 1 sc"), Painted("0.2 0.6", Rgb(255, 153, 153)));
     // The single-input form pushes nothing for a named alternate, which takes what the
     // stack already holds.
-    EXPECT_EQ(Run("/Single cs 0.3 0.6 0.9 1 scn"), "");
-    EXPECT_EQ(state.fillColour, Rgb(77, 153, 230));
-    EXPECT_EQ(Run("/SingleCal cs 1 scn"), "0 0.5");
-    EXPECT_EQ(state.fillColour, Rgb(255, 128, 128));
+    EXPECT_EQ(Fill("/Single cs 0.3 0.6 0.9 1 scn"), Painted("", Rgb(77, 153, 230)));
+    EXPECT_EQ(Fill("/SingleCal cs 1 scn"), Painted("0 0.5", Rgb(255, 128, 128)));
 }
 
 // Sampled functions: the nearest sample by the rounded linear position, the outputs in
 // planes one after the other, the last operand as the first input, and the bits above a
 // sample not masked. A calculator function is left alone.
 TEST_F(ColourPage, SampledFunctions) {
-    EXPECT_EQ(Run("/Planes cs 1 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(255, 64, 0));
-    EXPECT_EQ(Run("0.2 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(0, 128, 255));
-    EXPECT_EQ(Run("/Deep cs 1 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(255, 64, 0));
+    EXPECT_EQ(Fill("/Planes cs 1 sc"), Painted("", Rgb(255, 64, 0)));
+    EXPECT_EQ(Fill("0.2 sc"), Painted("", Rgb(0, 128, 255)));
+    EXPECT_EQ(Fill("/Deep cs 1 sc"), Painted("", Rgb(255, 64, 0)));
     // 0.4 + 2 x 1.3 rounds to sample 3; rounding each input, or taking the inputs in
     // operand order, would give sample 2.
-    EXPECT_EQ(Run("/TwoIn cs 0.65 0.4 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(255, 128, 0));
-    EXPECT_EQ(Run("/Nibble cs 1 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(170, 85, 0));
-    EXPECT_EQ(Run("/Calc cs 0.5 sc"), "0.5");
-    EXPECT_EQ(state.fillColour, Rgb(170, 85, 0));
+    EXPECT_EQ(Fill("/TwoIn cs 0.65 0.4 sc"), Painted("", Rgb(255, 128, 0)));
+    EXPECT_EQ(Fill("/Nibble cs 1 sc"), Painted("", Rgb(170, 85, 0)));
+    EXPECT_EQ(Fill("/Calc cs 0.5 sc"), Painted("0.5", Rgb(170, 85, 0)));
 }
 
 // A sample past the end of the data ends the parse with a status of its own, and every word
 // after it too; a huge grid reads only what lies inside its few bytes.
 TEST_F(ColourPage, SamplesPastTheEndFailTheRead) {
     // One output into DeviceRGB: blue from the sample, red and green from an empty stack.
-    EXPECT_EQ(Run("/Huge cs 0 0 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(0, 0, 1));
+    EXPECT_EQ(Fill("/Huge cs 0 0 sc"), Painted("", Rgb(0, 0, 1)));
     EXPECT_EQ(Run("/Huge cs 1 1 sc", kPdfDataCorrupted), "");
     EXPECT_EQ(gi->readFailure, kPdfDataCorrupted);
     EXPECT_EQ(Run("1 0 0 rg", kPdfDataCorrupted), "1 0 0");
@@ -172,8 +160,7 @@ TEST_F(ColourPage, FormColourSpaces) {
     ASSERT_TRUE(streamResources);
     (void)gi->SwapResources(streamResources.Get());
     // ...and with a stream it is read.
-    EXPECT_EQ(Run("/F cs 1 0 0 sc"), "");
-    EXPECT_EQ(state.fillColour, Rgb(255, 0, 0));
+    EXPECT_EQ(Fill("/F cs 1 0 0 sc"), Painted("", Rgb(255, 0, 0)));
 }
 
 } // namespace
